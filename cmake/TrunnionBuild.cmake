@@ -1,0 +1,32 @@
+# How every target of this project is compiled.
+
+if(PROJECT_IS_TOP_LEVEL)
+  if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE Release)
+  endif()
+  find_program(CCACHE ccache)
+  if(CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+  endif()
+endif()
+
+add_library(trunnion_build_options INTERFACE)
+target_compile_features(trunnion_build_options INTERFACE cxx_std_17)
+
+# Results are the same to the last bit in every build: no contraction into fused multiply-adds,
+# nothing that reorders a sum.
+target_compile_options(trunnion_build_options INTERFACE
+  -ffp-contract=off
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+
+# TNT keeps its one-based row table a place off and deletes it from there after moving back, which g++
+# takes for a wrong delete wherever it inlines a matrix destructor.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(trunnion_build_options INTERFACE -Wno-free-nonheap-object)
+endif()
+
+if(TRUNNION_SANITIZE)
+  target_compile_options(trunnion_build_options INTERFACE
+    -fsanitize=${TRUNNION_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(trunnion_build_options INTERFACE -fsanitize=${TRUNNION_SANITIZE})
+endif()

@@ -1,0 +1,7 @@
+#ifndef TRUNNION_IK_EXPORT_H
+#define TRUNNION_IK_EXPORT_H
+
+/// Marks what the library exports; everything else stays hidden in it.
+#define IK_API __attribute__((visibility("default")))
+
+#endif

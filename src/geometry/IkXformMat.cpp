@@ -1,0 +1,217 @@
+#include "IkXformMat.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "geometry/Compose.h"
+#include "geometry/Trace.h"
+
+template class TNT::Matrix<double>;
+
+namespace
+{
+
+constexpr int kSide = 4;
+constexpr int kStored = kSide * kSide;
+
+constexpr std::array<double, kStored> kIdentity{1, 0, 0, 0, //
+                                                0, 1, 0, 0, //
+                                                0, 0, 1, 0, //
+                                                0, 0, 0, 1};
+
+bool IsFourByFour(const TNT::Matrix<double>& m)
+{
+    return m.num_rows() == kSide && m.num_cols() == kSide;
+}
+
+void CopyLeadingBlock(const TNT::Matrix<double>& from, TNT::Matrix<double>& to)
+{
+    const int rows = std::min({kSide, from.num_rows(), to.num_rows()});
+    const int cols = std::min({kSide, from.num_cols(), to.num_cols()});
+    for (int i = 0; i < rows; ++i) {
+        std::copy_n(from[i], cols, to[i]);
+    }
+}
+
+/// Copies a fixed number of stored elements: an assignment never looks at shapes beyond staying
+/// within both storages.
+void CopyStored(const TNT::Matrix<double>& from, TNT::Matrix<double>& to)
+{
+    const int count = std::min({kStored, from.size(), to.size()});
+    if (count > 0) {
+        std::copy_n(from[0], count, to[0]);
+    }
+}
+
+} // namespace
+
+IkXformMat::IkXformMat() : TNT::Matrix<double>(kSide, kSide, kIdentity.data()) {}
+
+IkXformMat::IkXformMat(const IkXformMat& other) : TNT::Matrix<double>(kSide, kSide, 0.0)
+{
+    CopyLeadingBlock(other, *this);
+}
+
+IkXformMat::IkXformMat(const TNT::Matrix<double>& other) : TNT::Matrix<double>(other) {}
+
+IkXformMat::~IkXformMat() = default;
+
+IkXformMat& IkXformMat::operator=(const IkXformMat& other)
+{
+    if (this != &other) {
+        CopyStored(other, *this);
+    }
+    return *this;
+}
+
+IkXformMat& IkXformMat::operator=(const TNT::Matrix<double>& other)
+{
+    CopyStored(other, *this);
+    return *this;
+}
+
+void IkXformMat::Eye()
+{
+    CopyLeadingBlock(IkXformMat(), *this);
+}
+
+IkXformMat IkXformMat::RotX(double a)
+{
+    IkXformMat m;
+    m[1][1] = std::cos(a);
+    m[1][2] = -std::sin(a);
+    m[2][1] = std::sin(a);
+    m[2][2] = std::cos(a);
+    return m;
+}
+
+IkXformMat IkXformMat::RotY(double a)
+{
+    IkXformMat m;
+    m[0][0] = std::cos(a);
+    m[0][2] = std::sin(a);
+    m[2][0] = -std::sin(a);
+    m[2][2] = std::cos(a);
+    return m;
+}
+
+IkXformMat IkXformMat::RotZ(double a)
+{
+    IkXformMat m;
+    m[0][0] = std::cos(a);
+    m[0][1] = -std::sin(a);
+    m[1][0] = std::sin(a);
+    m[1][1] = std::cos(a);
+    return m;
+}
+
+IkXformMat IkXformMat::Translate(double x, double y, double z)
+{
+    IkXformMat m;
+    m[0][3] = x;
+    m[1][3] = y;
+    m[2][3] = z;
+    m[3][3] = 1.0;
+    return m;
+}
+
+void IkXformMat::RotXThis(double a)
+{
+    *this = trunnion::Compose(*this, RotX(a));
+}
+void IkXformMat::RotYThis(double a)
+{
+    *this = trunnion::Compose(*this, RotY(a));
+}
+void IkXformMat::RotZThis(double a)
+{
+    *this = trunnion::Compose(*this, RotZ(a));
+}
+
+void IkXformMat::TranslateThis(double x, double y, double z)
+{
+    *this = trunnion::Compose(*this, Translate(x, y, z));
+}
+
+IkXformMat IkXformMat::QuickInvert() const
+{
+    const IkXformMat source(*this); // 4x4, whatever the shape of this one
+    const std::array<double, 3> negated{source[0][3] * -1.0, source[1][3] * -1.0,
+                                        source[2][3] * -1.0};
+    IkXformMat inverse;
+    for (int i = 0; i < 3; ++i) {
+        double offset = 0.0;
+        for (int j = 0; j < 3; ++j) {
+            inverse[i][j] = source[j][i];
+            offset = offset + source[j][i] * negated.at(static_cast<std::size_t>(j));
+        }
+        inverse[i][3] = offset;
+    }
+    return inverse;
+}
+
+void IkXformMat::QuickInvertThis()
+{
+    *this = QuickInvert();
+}
+
+bool IkXformMat::IsOrthogonal(double tol) const
+{
+    const IkXformMat source(*this);
+    const double* r = source[0];
+    const double* s = source[1];
+    const double* t = source[2];
+    const std::array<double, 3> d{r[1] * s[2] - r[2] * s[1], //
+                                  r[2] * s[0] - r[0] * s[2], //
+                                  r[0] * s[1] - r[1] * s[0]};
+    const double p = std::fabs(d[0] * t[0] + d[1] * t[1] + d[2] * t[2]);
+    const double q = std::fabs(r[0] * s[0] + r[1] * s[1] + r[2] * s[2]);
+    return (1.0 - p) < tol && q < tol;
+}
+
+std::ostream& IkXformMat::operator<<(std::ostream& os) const
+{
+    os << num_rows() << " " << num_cols() << "\n";
+    os.width(15);
+    for (int i = 0; i < num_rows(); ++i) {
+        for (int j = 0; j < num_cols(); ++j) {
+            os << (*this)[i][j];
+        }
+        os << "\n";
+    }
+    return os;
+}
+
+void IkXformMat::TraceDump(const wchar_t* /*label*/) const
+{
+    trunnion::TraceRows(*this, L"%7.3g,\t");
+}
+
+void IkXformMat::TraceDumpMCode(const wchar_t* /*label*/) const
+{
+    trunnion::TraceRows(*this, L"%7.3g ");
+}
+
+namespace trunnion
+{
+
+IkXformMat Compose(const IkXformMat& a, const IkXformMat& b)
+{
+    if (!IsFourByFour(a) || !IsFourByFour(b)) {
+        return Compose(IkXformMat(a), IkXformMat(b)); // the copies are 4x4
+    }
+    IkXformMat product;
+    for (int i = 0; i < kSide; ++i) {
+        for (int k = 0; k < kSide; ++k) {
+            double sum = 0.0;
+            for (int j = 0; j < kSide; ++j) {
+                sum = sum + a[i][j] * b[j][k];
+            }
+            product[i][k] = sum;
+        }
+    }
+    return product;
+}
+
+} // namespace trunnion

@@ -1,0 +1,86 @@
+// Forward kinematics of a stream.
+
+#include "IkStream.h"
+#include "geometry/Compose.h"
+#include "geometry/Trace.h"
+
+using trunnion::Compose;
+
+IkEndState IkStream::SolveFK(IkJtStateVector& states, bool commit, IkXformMat* partOut,
+                             IkXformMat* toolOut, bool toolOnly)
+{
+    IkEndState result;
+    if (Chains.empty() || states.Size() == 0) {
+        return result;
+    }
+    if (commit) {
+        states.CommitValuesToJoints();
+    }
+    const bool isTraced = trunnion::Tracing().streamForwardKinematics;
+
+    const IkXformMat baseToTool = Chains[0]->GetXformMat(states);
+    if (toolOut != nullptr) {
+        *toolOut = baseToTool;
+    }
+    if (isTraced) {
+        Chains[0]->TraceDump(L"FK_TOOL_CHAIN>>");
+        baseToTool.TraceDump(L"FK_TOOL_MAT>>");
+    }
+
+    IkXformMat pose;
+    if (Chains.size() == 1 || (toolOnly && partOut == nullptr)) {
+        pose = baseToTool;
+    } else {
+        const IkChain& partChain = *Chains[1];
+        const IkNode* partTip = partChain.GetAt(partChain.Size() - 1);
+        const bool isFixed = HasPartSpaceMatrix && PartSpaceFixed && partTip != nullptr;
+        const IkXformMat baseToPart =
+            isFixed ? partTip->GetWorldFrame() : partChain.GetXformMat(states);
+        if (isTraced) {
+            partChain.TraceDump(L"FK_PRT_CHAIN>>");
+            baseToPart.TraceDump(L"FK_PART>>");
+        }
+        if (partOut != nullptr) {
+            *partOut = baseToPart;
+        }
+        // Kept on purpose: tool only and the part frame asked for leaves the pose the identity.
+        if (!toolOnly) {
+            const IkXformMat partToBase = baseToPart.QuickInvert();
+            pose = Compose(partToBase, baseToTool);
+            if (isTraced) {
+                partToBase.TraceDump(L"PartCS_Inverse>>");
+                pose.TraceDump(L"Tool_WRT_PartCS>>");
+            }
+        }
+    }
+    result.SetCompleteState(pose);
+    if (isTraced) {
+        pose.TraceDump(L"Tool_WRT_PartCS>>");
+    }
+    return result;
+}
+
+IkEndState IkStream::SolveFK(bool toolOnly)
+{
+    IkJtStateVector current = GetJointStates();
+    return SolveFK(current, false, nullptr, nullptr, toolOnly);
+}
+
+bool IkStream::SolveNewPartSpace(IkJtStateVector& states, IkXformMat& partSpace, IkXformMat& out)
+{
+    if (Chains.size() != 2 || states.Size() == 0) {
+        return false;
+    }
+    const IkChain& partChain = *Chains[1];
+    const int count = HasPartSpaceMatrix ? partChain.Size() - 1 : partChain.Size();
+    out.Eye();
+    for (int i = 0; i < count; ++i) {
+        IkNode* node = partChain.GetAt(i);
+        if (node == nullptr) {
+            return false;
+        }
+        out = Compose(out, node->GetXformMat(states));
+    }
+    out = Compose(out, partSpace);
+    return true;
+}

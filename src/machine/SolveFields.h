@@ -1,0 +1,36 @@
+#ifndef TRUNNION_MACHINE_SOLVE_FIELDS_H
+#define TRUNNION_MACHINE_SOLVE_FIELDS_H
+
+#include <vector>
+
+#include <tnt/tnt_array2d.h>
+
+#include "IkJtState.h"
+
+class IkStream;
+
+namespace trunnion
+{
+
+/// The working fields of one solve, wherever they live. Every stage of the iteration works on them.
+struct SolveFields
+{
+    IkJtStateVector& states;         // working joint values
+    std::vector<bool>& lockedFlags;  // by state index
+    std::vector<bool>& rotaryFlags;  // by state index
+    std::vector<int>& rotaryIndices; // state indices, ascending
+    std::vector<int>& freeIndices;   // state indices, ascending: the columns of a partial Jacobian
+    double& maxAngleStep;            // [rad]
+};
+
+/// Fills the fields for a solve that starts from `start`. A joint is locked by its own lock, by the
+/// stream's, or, when it is rotary, by `lockRotary`.
+void InitializeFields(const SolveFields& fields, const IkStream& stream,
+                      const IkJtStateVector& start, bool lockRotary);
+
+/// Locks the free joints that `step` (a column, one row a state) would take out of their bounds.
+void LockJointsLeavingBounds(const SolveFields& fields, const TNT::Array2D<double>& step);
+
+} // namespace trunnion
+
+#endif
