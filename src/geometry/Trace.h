@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include <tnt/tnt_cmat.h>
+#include "IkXformMat.h"
 
 // Diagnostic dumps form wide-character lines in fixed buffers and hand them to one sink. The sink
 // discards them, and every switch is off: a dump never changes state and no solve depends on one.

@@ -1,8 +1,6 @@
 #ifndef TRUNNION_MACHINE_ITERATION_H
 #define TRUNNION_MACHINE_ITERATION_H
 
-#include <tnt/tnt_array2d.h>
-
 #include "IkEndState.h"
 #include "IkJtState.h"
 

@@ -1,8 +1,6 @@
 #ifndef TRUNNION_MACHINE_JACOBIAN_H
 #define TRUNNION_MACHINE_JACOBIAN_H
 
-#include <tnt/tnt_array2d.h>
-
 #include "IkEndState.h"
 #include "machine/SolveFields.h"
 

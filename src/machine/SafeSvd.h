@@ -1,8 +1,7 @@
 #ifndef TRUNNION_MACHINE_SAFE_SVD_H
 #define TRUNNION_MACHINE_SAFE_SVD_H
 
-#include <tnt/tnt_array1d.h>
-#include <tnt/tnt_array2d.h>
+#include "IkJtState.h" // the arrays, as the library exports them
 
 namespace trunnion
 {

@@ -3,8 +3,6 @@
 
 #include <vector>
 
-#include <tnt/tnt_array2d.h>
-
 #include "IkJtState.h"
 
 class IkStream;

@@ -1,8 +1,6 @@
 #ifndef TRUNNION_MACHINE_STEP_METHODS_H
 #define TRUNNION_MACHINE_STEP_METHODS_H
 
-#include <tnt/tnt_array2d.h>
-
 #include "IkJtState.h"
 #include "machine/SafeSvd.h"
 #include "machine/SolveFields.h"

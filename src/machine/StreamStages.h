@@ -1,8 +1,6 @@
 #ifndef TRUNNION_MACHINE_STREAM_STAGES_H
 #define TRUNNION_MACHINE_STREAM_STAGES_H
 
-#include <tnt/tnt_array2d.h>
-
 #include "IkStream.h"
 #include "machine/SolveFields.h"
 
