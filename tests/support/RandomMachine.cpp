@@ -73,9 +73,11 @@ IkNode* RandomBranch(IkNode* from, Random& random)
 
 IkXformMat RandomFrame(Random& random, double reach)
 {
-    IkXformMat frame =
-        IkXformMat::Translate(random.Between(-reach, reach), random.Between(-reach, reach),
-                              random.OneIn(4) ? 0.0 : random.Between(-reach, reach));
+    // Drawn one by one: the order in which arguments are evaluated is each compiler's own.
+    const double x = random.Between(-reach, reach);
+    const double y = random.Between(-reach, reach);
+    const double z = random.OneIn(4) ? 0.0 : random.Between(-reach, reach);
+    IkXformMat frame = IkXformMat::Translate(x, y, z);
     if (!random.OneIn(3)) {
         frame.RotZThis(random.OneIn(4) ? kPi / 2 : random.Between(-kPi, kPi));
         frame.RotXThis(random.Between(-kPi, kPi));
