@@ -109,7 +109,8 @@ Fixture RandomMachine(Random& random)
         fixture.stream->AddChain(fixture.partChain.get());
     }
     if (random.OneIn(3)) {
-        fixture.stream->SetPartSpaceMatrix(RandomFrame(random, 200), random.OneIn(3));
+        const IkXformMat frame = RandomFrame(random, 200);
+        fixture.stream->SetPartSpaceMatrix(frame, random.OneIn(3));
     }
     IkJtStateVector states = fixture.stream->GetJointStates();
     for (int i = 0; i < states.Size(); ++i) {
