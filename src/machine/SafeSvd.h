@@ -16,8 +16,9 @@ struct Decomposition
 };
 
 /// Decomposes any matrix: a wide one through its transpose, since the decomposition takes no more
-/// columns than rows. A matrix that is empty or holds a NaN or an infinity, on which it would write
-/// out of range or never end, has rank 0 and no singular values.
+/// columns than rows. A matrix on which it would write out of range or never end has rank 0 and no
+/// singular values: an empty one, one that holds a NaN or an infinity, and the rare one with
+/// entries so far apart that the iteration stalls among denormal numbers.
 Decomposition SafeSvd(const TNT::Array2D<double>& matrix);
 
 } // namespace trunnion

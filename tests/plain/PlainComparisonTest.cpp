@@ -1,5 +1,8 @@
 // The library against the plain formulation, bit for bit, over random machines.
 
+#include <cmath>
+#include <tuple>
+
 #include <gtest/gtest.h>
 
 #include "plain/PlainSolve.h"
@@ -45,7 +48,48 @@ Pass RandomPass(Random& random, bool isFull)
     return pass;
 }
 
+/// Up to 12 rows and 16 columns; entries over a wide range, zeros and repeated columns among them.
+TNT::Array2D<double> RandomMatrix(Random& random)
+{
+    const int rows = 1 + random.Below(12);
+    TNT::Array2D<double> matrix(rows, 1 + random.Below(16));
+    const bool hasZeros = random.OneIn(2);
+    const bool repeats = random.OneIn(4);
+    const int spread = random.OneIn(2) ? 1 : 60;
+    for (int i = 0; i < matrix.dim1(); ++i) {
+        for (int j = 0; j < matrix.dim2(); ++j) {
+            const double fraction = random.Between(-1, 1);
+            const double entry = std::ldexp(fraction, random.Below(spread));
+            matrix[i][j] = hasZeros && random.OneIn(3) ? 0.0 : entry;
+        }
+        if (repeats) {
+            matrix[i][matrix.dim2() - 1] = matrix[i][0];
+        }
+    }
+    return matrix;
+}
+
 } // namespace
+
+TEST(PlainComparison, Decomposition)
+{
+    test::Repeat(3000, 10, [](Random& random) {
+        TNT::Array2D<double> matrix = RandomMatrix(random);
+        TNT::Array2D<double> u;
+        TNT::Array2D<double> v;
+        TNT::Array1D<double> s;
+        int rank = -1;
+        IkStream().SafeSVDCalc(matrix, u, v, s, rank);
+        const plain::Svd expected = plain::Decompose(matrix);
+        ASSERT_EQ(rank, expected.rank);
+        ASSERT_EQ(s.dim(), expected.s.dim());
+        for (int i = 0; i < s.dim(); ++i) {
+            ASSERT_EQ(BitsOf(s[i]), BitsOf(expected.s[i]));
+        }
+        ASSERT_EQ(BitsOf(u), BitsOf(expected.u));
+        ASSERT_EQ(BitsOf(v), BitsOf(expected.v));
+    });
+}
 
 TEST(PlainComparison, ChainTransform)
 {

@@ -174,43 +174,6 @@ Array Over(const Array& m, double divisor)
     return quotient;
 }
 
-struct Svd
-{
-    Array u;
-    Array v;
-    TNT::Array1D<double> s;
-    int rank{0};
-};
-
-/// Ordinary matrices only: rank 0 for what the decomposition cannot take.
-Svd Decompose(const Array& a)
-{
-    Svd svd;
-    bool isFinite = a.dim1() > 0 && a.dim2() > 0;
-    for (int i = 0; i < a.dim1(); ++i) {
-        for (int j = 0; j < a.dim2(); ++j) {
-            isFinite = isFinite && std::isfinite(a[i][j]);
-        }
-    }
-    if (!isFinite) {
-        return svd;
-    }
-    if (a.dim1() < a.dim2()) {
-        JAMA::SVD<double> decomposition(Transpose(a));
-        decomposition.getU(svd.v);
-        decomposition.getV(svd.u);
-        decomposition.getSingularValues(svd.s);
-        svd.rank = decomposition.rank();
-    } else {
-        JAMA::SVD<double> decomposition(a);
-        decomposition.getU(svd.u);
-        decomposition.getV(svd.v);
-        decomposition.getSingularValues(svd.s);
-        svd.rank = decomposition.rank();
-    }
-    return svd;
-}
-
 Array OuterProduct(const Svd& svd, int i)
 {
     return TNT::matmult(ColumnOf(svd.v, i), Transpose(ColumnOf(svd.u, i)));
@@ -267,6 +230,34 @@ double Norm(std::initializer_list<double> values)
 }
 
 } // namespace
+
+Svd Decompose(const Array& a)
+{
+    Svd svd;
+    bool isFinite = a.dim1() > 0 && a.dim2() > 0;
+    for (int i = 0; i < a.dim1(); ++i) {
+        for (int j = 0; j < a.dim2(); ++j) {
+            isFinite = isFinite && std::isfinite(a[i][j]);
+        }
+    }
+    if (!isFinite) {
+        return svd;
+    }
+    if (a.dim1() < a.dim2()) {
+        JAMA::SVD<double> decomposition(Transpose(a));
+        decomposition.getU(svd.v);
+        decomposition.getV(svd.u);
+        decomposition.getSingularValues(svd.s);
+        svd.rank = decomposition.rank();
+    } else {
+        JAMA::SVD<double> decomposition(a);
+        decomposition.getU(svd.u);
+        decomposition.getV(svd.v);
+        decomposition.getSingularValues(svd.s);
+        svd.rank = decomposition.rank();
+    }
+    return svd;
+}
 
 TNT::Matrix<double> ChainTransform(const IkChain& chain, IkJtStateVector& states)
 {

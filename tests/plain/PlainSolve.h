@@ -43,6 +43,18 @@ TNT::Array2D<double> PartialJacobian(const IkStream& stream, const Fields& field
 TNT::Array2D<double> FullJacobian(const IkStream& stream, const IkEndState& reference,
                                   bool toolOnly);
 
+/// The decomposition taken straight from JAMA, through the transpose where the matrix is wide; rank
+/// 0 for an empty matrix and for one with a NaN or an infinity.
+struct Svd
+{
+    TNT::Array2D<double> u;
+    TNT::Array2D<double> v;
+    TNT::Array1D<double> s;
+    int rank{0};
+};
+
+Svd Decompose(const TNT::Array2D<double>& a);
+
 Column PseudoInverseStep(const IkStream& stream, const IkEndState& target,
                          const IkEndState& current, const TNT::Array2D<double>& jacobian);
 Column DampedStep(const IkStream& stream, const IkEndState& target, const IkEndState& current,

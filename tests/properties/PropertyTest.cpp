@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <iostream>
 
 #include <gtest/gtest.h>
 
@@ -142,6 +143,8 @@ TEST_P(EveryMachine, InverseKinematicsReturnsToReachablePoses)
 {
     long tried = 0;
     long converged = 0;
+    double worstDistance = 0.0; // [mm]
+    double worstAngle = 0.0;    // [rad]
     test::Repeat(300, 24, [&](Random& random) {
         const std::vector<double> wanted = RandomJointValues(fixture, random);
         IkEndState target = PoseAt(fixture, wanted);
@@ -158,12 +161,15 @@ TEST_P(EveryMachine, InverseKinematicsReturnsToReachablePoses)
         ++converged;
         ASSERT_EQ(result.Size(), static_cast<int>(fixture.joints.size()));
         const IkEndState reached = PoseAt(fixture, result.GetValVector());
-        ASSERT_LE(Distance(reached, target), kPromisedDistance);
+        worstDistance = std::max(worstDistance, Distance(reached, target));
+        worstAngle = std::max(worstAngle, Angle(reached, target));
+        ASSERT_LE(worstDistance, kPromisedDistance);
         // A cosine is known to 1e-16, a chord is not: leave room for that.
-        ASSERT_LE(Angle(reached, target), kPromisedAngle * (1 + 1e-5));
+        ASSERT_LE(worstAngle, kPromisedAngle * (1 + 1e-5));
     });
-    const double wantedShare = fixture.name == "SixAxisArm" ? 0.75 : 0.99;
-    RecordProperty("converged", std::to_string(converged) + " of " + std::to_string(tried));
+    const double wantedShare = fixture.name == "SixAxisArm" ? 0.98 : 0.999;
+    std::cout << fixture.name << ": " << converged << " of " << tried << " converged, worst "
+              << worstDistance << " mm and " << worstAngle * 90 / kQuarterTurn << " deg\n";
     if (tried > 1) {
         EXPECT_GE(static_cast<double>(converged), wantedShare * static_cast<double>(tried));
     }
