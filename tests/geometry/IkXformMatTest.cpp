@@ -204,7 +204,6 @@ TEST(XformMat, AssignmentToItselfChangesNothing)
 // Stored elements are copied, not places: from a 3x4 source the fourth row stays.
 TEST(XformMat, AssignmentNeverResizesAndCopiesSixteenStoredElements)
 {
-    const std::vector<double> numbers = ElementsOf(Numbered(9, 9));
     for (const auto& shape : kOtherShapes) {
         const TNT::Matrix<double> plain = Numbered(shape.first, shape.second);
         const IkXformMat other(plain);
@@ -217,10 +216,14 @@ TEST(XformMat, AssignmentNeverResizesAndCopiesSixteenStoredElements)
         EXPECT_EQ(ElementsOf(fromTransform), LeadingReplaced(kIdentity, ElementsOf(other)));
         EXPECT_EQ(ElementsOf(fromMatrix), LeadingReplaced(kIdentity, ElementsOf(other)));
 
-        IkXformMat target(plain);
-        target = IkXformMat();
-        EXPECT_TRUE(HasShape(target, shape.first, shape.second)) << ShapeName(shape);
-        EXPECT_EQ(ElementsOf(target), LeadingReplaced(ElementsOf(other), kIdentity));
+        for (const auto& sourceShape : kOtherShapes) {
+            const IkXformMat source = TNT::Matrix<double>(sourceShape.first, sourceShape.second);
+            IkXformMat target(plain);
+            target = source;
+            EXPECT_TRUE(HasShape(target, shape.first, shape.second)) << ShapeName(shape);
+            EXPECT_EQ(ElementsOf(target), LeadingReplaced(ElementsOf(other), ElementsOf(source)))
+                << ShapeName(shape) << " from " << ShapeName(sourceShape);
+        }
     }
 }
 
