@@ -1,0 +1,68 @@
+#ifndef TRUNNION_HOST_MACHINE_LOADED_MACHINE_H
+#define TRUNNION_HOST_MACHINE_LOADED_MACHINE_H
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <IkChain.h>
+#include <IkJoint.h>
+#include <IkMachine.h>
+#include <IkStream.h>
+
+#include "geometry/Units.h"
+#include "machine/MachineDescription.h"
+
+namespace host
+{
+
+/// An axis as its file names it, and the joint that stands for it. The joint has its zero at 0; the
+/// axis starts at `initial`.
+struct Axis
+{
+    std::string name;
+    bool isRotary{false};
+    double initial{0.0}; //!< [length] or [rad]
+    std::string word;    //!< of the axis in G-code
+    int wordSign{1};     //!< of the word, against the motion of the body
+    IkJoint* joint{nullptr};
+
+    bool IsUnlimited() const;
+};
+
+/// A tool and a part that it works on.
+struct LoadedStream
+{
+    int id{0};
+    std::string tool;
+    std::string part;
+    std::unique_ptr<IkChain> toolChain;
+    std::unique_ptr<IkChain> partChain;
+    IkStream* stream{nullptr};     //!< the machine's
+    std::vector<std::size_t> axes; //!< those that it moves, as the file orders them
+};
+
+/// A machine ready to be solved. Owns the tree, the streams and their chains.
+struct LoadedMachine
+{
+    std::string file;
+    std::string name;
+    LengthUnit length{LengthUnit::Millimetre};
+    std::vector<Axis> axes; //!< in the file's order
+    std::vector<LoadedStream> streams;
+    std::unique_ptr<IkMachine> machine;
+
+    /// Puts every axis where it starts.
+    void MoveToInitial() const;
+    /// The first stream without an id; throws InputError, listing the ids, when there is none.
+    LoadedStream& StreamWithId(std::optional<int> id);
+    std::vector<const Axis*> AxesOf(const LoadedStream& stream) const;
+};
+
+LoadedMachine LoadMachine(const std::filesystem::path& path);
+
+} // namespace host
+
+#endif

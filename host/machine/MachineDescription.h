@@ -1,0 +1,76 @@
+#ifndef TRUNNION_HOST_MACHINE_MACHINE_DESCRIPTION_H
+#define TRUNNION_HOST_MACHINE_MACHINE_DESCRIPTION_H
+
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "geometry/Units.h"
+#include "geometry/Vec3.h"
+#include "text/InputError.h"
+
+// A machine as a file describes it, each value sound by itself; whether they fit together is for
+// the assembly to say. Everything stands in machine coordinates with all axes at zero; lengths are
+// in the machine's unit, angles in radians.
+namespace host
+{
+
+/// A value and where the file says it.
+template <class Value>
+struct Located
+{
+    Value value{};
+    TextPosition at;
+};
+
+struct Range
+{
+    double low{-std::numeric_limits<double>::infinity()};
+    double high{std::numeric_limits<double>::infinity()};
+};
+
+struct AxisDescription
+{
+    Located<std::string> name;
+    Located<std::string> parent;
+    bool isRotary{false};
+    Vec3 direction{};    //!< of this body's motion for a positive value; length 1
+    Vec3 point{};        //!< on the axis of a rotary one [length]
+    Range limits;        //!< [length] or [rad]; infinite for an unlimited axis
+    double initial{0.0}; //!< [length] or [rad]
+    std::string word;
+    int wordSign{1};
+};
+
+enum class MountKind { Tool, Part };
+
+struct MountDescription
+{
+    Located<std::string> name;
+    MountKind kind{MountKind::Tool};
+    Located<std::string> parent;
+    Vec3 origin{}; //!< [length]
+    Vec3 zAxis{};  //!< length 1
+    Vec3 xAxis{};  //!< across zAxis
+};
+
+struct StreamDescription
+{
+    Located<int> id;
+    Located<std::string> tool;
+    Located<std::string> part;
+};
+
+struct MachineDescription
+{
+    std::string file;
+    std::string name;
+    LengthUnit length{LengthUnit::Millimetre};
+    std::vector<AxisDescription> axes;
+    std::vector<MountDescription> mounts;
+    std::vector<StreamDescription> streams;
+};
+
+} // namespace host
+
+#endif
