@@ -1,0 +1,17 @@
+#ifndef TRUNNION_HOST_APP_EXIT_CODE_H
+#define TRUNNION_HOST_APP_EXIT_CODE_H
+
+namespace host
+{
+
+/// What the program returns to its caller.
+enum ExitCode : int {
+    kExitOk = 0,
+    kExitPointsFailed = 1,
+    kExitBadInput = 2, //!< input, usage, or a file that cannot be read or written
+    kExitInterrupted = 130
+};
+
+} // namespace host
+
+#endif

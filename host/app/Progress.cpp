@@ -1,0 +1,52 @@
+#include "app/Progress.h"
+
+#include <unistd.h>
+
+namespace host
+{
+
+namespace
+{
+
+constexpr std::chrono::milliseconds kInterval{100};
+constexpr const char* kClearLine = "\r\x1B[K";
+
+} // namespace
+
+Progress::Progress(std::ostream& onTerminal, std::size_t ofTotal, bool isWanted)
+    : terminal(onTerminal), total(ofTotal), isShown(isWanted)
+{}
+
+Progress::~Progress()
+{
+    Clear();
+}
+
+void Progress::Show(std::size_t done)
+{
+    if (!isShown) {
+        return;
+    }
+    const Clock::time_point now = Clock::now();
+    if (now < next) {
+        return;
+    }
+    next = now + kInterval;
+    terminal << kClearLine << "point " << done << " of " << total << std::flush;
+    isOnScreen = true;
+}
+
+void Progress::Clear()
+{
+    if (isOnScreen) {
+        terminal << kClearLine << std::flush;
+        isOnScreen = false;
+    }
+}
+
+bool IsErrorATerminal()
+{
+    return ::isatty(STDERR_FILENO) == 1;
+}
+
+} // namespace host

@@ -1,0 +1,92 @@
+// The trunnion program: joint values for toolpaths, and poses for joint values.
+
+#include <csignal>
+#include <exception>
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+
+#include "app/ExitCode.h"
+#include "app/PoseCommand.h"
+#include "app/SolveCommand.h"
+#include "app/Version.h"
+
+namespace
+{
+
+constexpr const char* kExitCodes = "Exit codes:\n"
+                                   "  0    everything was done\n"
+                                   "  1    some points of the path were not reached\n"
+                                   "  2    bad input or usage, or a file that cannot be read or "
+                                   "written\n"
+                                   "  130  interrupted\n";
+
+void AddSolve(CLI::App& app, host::SolveOptions& options)
+{
+    CLI::App* const solve =
+        app.add_subcommand("solve", "Find joint values for every point of a toolpath");
+    solve->add_option("MACHINE", options.machine, "The machine, a TOML file")->required();
+    solve->add_option("TOOLPATH", options.toolpath, "The toolpath, a cutter-location file (APT)")
+        ->required();
+    solve->add_option("-o,--output", options.output, "The joint table to write (CSV)")
+        ->required()
+        ->type_name("JOINTS.csv");
+    solve->add_option("--stream", options.stream, "The stream to solve; otherwise the first")
+        ->type_name("ID");
+    solve->add_flag("--radians", options.inRadians, "Rotary joints in radians, not degrees");
+    solve->add_flag("--quiet", options.isQuiet, "No summary and no progress");
+    solve->footer(kExitCodes);
+}
+
+void AddPose(CLI::App& app, host::PoseOptions& options)
+{
+    CLI::App* const pose =
+        app.add_subcommand("pose", "Print where the tool stands for given axis values");
+    pose->add_option("MACHINE", options.machine, "The machine, a TOML file")->required();
+    pose->add_option("VALUES", options.values,
+                     "Axis values such as X=10 A=30 (degrees for rotary axes); axes not named "
+                     "stand at their initial value")
+        ->type_name("NAME=VALUE");
+    pose->add_option("--stream", options.stream, "The stream to look at; otherwise the first")
+        ->type_name("ID");
+    pose->add_flag("--radians", options.inRadians, "Rotary axes in radians, not degrees");
+    pose->footer(kExitCodes);
+}
+
+host::ExitCode Run(int argc, char** argv)
+{
+    CLI::App app("Inverse and forward kinematics of machine tools", "trunnion");
+    app.set_version_flag("--version", std::string("trunnion ") + host::kVersion);
+    app.require_subcommand(1);
+    app.footer(kExitCodes);
+    host::SolveOptions solve;
+    host::PoseOptions pose;
+    AddSolve(app, solve);
+    AddPose(app, pose);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& answer) {
+        return app.exit(answer) == 0 ? host::kExitOk : host::kExitBadInput;
+    }
+    return app.got_subcommand("solve") ? host::Solve(solve, std::cout, std::cerr)
+                                       : host::Pose(pose, std::cout, std::cerr);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // A reader that goes away must not end the program while a file is half written.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        const host::ExitCode code = Run(argc, argv);
+        if (!std::cout.flush()) {
+            std::cerr << "trunnion: standard output cannot be written; check where it leads\n";
+            return host::kExitBadInput;
+        }
+        return code;
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << "\n";
+        return host::kExitBadInput;
+    }
+}
