@@ -103,7 +103,7 @@ ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err
     }
     RefuseOverwriting(options.output, {options.machine, options.toolpath});
 
-    const Interrupt interrupt; // before the file: it takes a half-written one away
+    const Interrupt interrupt; // from here on a signal does not end it in the middle of a row
     OutputFile file(options.output);
     Run run(options, machine, stream, path, err);
     if (!run.WriteTo(file, interrupt)) {

@@ -19,7 +19,7 @@ void SetColumn(IkXformMat& frame, int column, const Vec3& values)
 /// The principal axis that is farthest from `direction`.
 Vec3 PrincipalAxisAcross(const Vec3& direction)
 {
-    const auto smallest =
+    const auto* const smallest =
         std::min_element(direction.begin(), direction.end(),
                          [](double a, double b) { return std::fabs(a) < std::fabs(b); });
     Vec3 axis{};

@@ -18,7 +18,7 @@ namespace host
 namespace
 {
 
-constexpr std::uintmax_t kMaxMachineBytes = 16 * 1024 * 1024;
+constexpr std::uintmax_t kMaxMachineBytes = 16UL * 1024 * 1024;
 constexpr std::size_t kMaxEntries = 64; // axes, mounts or streams: far more than machines have
 constexpr double kPerpendicularTolerance = 1e-6;
 
@@ -53,6 +53,14 @@ std::string_view TypeName(const toml::node& node)
     default:
         return "a date or time";
     }
+}
+
+/// Of a node that is a number. The reader's own conversion gives nothing for whole numbers that a
+/// double does not hold exactly.
+double NumberOf(const toml::node& node)
+{
+    const auto* const whole = node.as_integer();
+    return whole != nullptr ? static_cast<double>(whole->get()) : node.as_floating_point()->get();
 }
 
 /// One table of the file, read key by key; what is missing or of the wrong type is refused with its
@@ -131,7 +139,7 @@ class Table
         if (!node.is_boolean()) {
             RefuseType(key, node, "true");
         }
-        return *node.value<bool>();
+        return node.as_boolean()->get();
     }
 
     double Number(std::string_view key, std::string_view example) const
@@ -208,7 +216,7 @@ class Table
         if (!node.is_number()) {
             RefuseType(key, node, example);
         }
-        const double value = *node.value<double>();
+        const double value = NumberOf(node);
         if (!std::isfinite(value)) {
             Refuse(PositionOf(node.source()),
                    std::string(key) + " of " + what + " is not a finite number" +
@@ -261,29 +269,39 @@ class Reader
     template <class Read>
     void ForEachTable(const toml::table& document, const std::string& key, const Read& read)
     {
+        const std::string name = "this " + key;
+        for (const toml::node& entry : TablesOf(document, key)) {
+            if (!entry.is_table()) {
+                throw InputError(machine.file, PositionOf(entry.source()),
+                                 name + " is not a table; " + OneForEach(key));
+            }
+            Table table(*entry.as_table(), machine.file, name);
+            read(table);
+        }
+    }
+
+    static std::string OneForEach(const std::string& key)
+    {
+        return "write one [[" + key + "]] for each " + key;
+    }
+
+    const toml::array& TablesOf(const toml::table& document, const std::string& key) const
+    {
         const toml::node* const node = document.get(key);
-        const std::string wanted = "write one [[" + key + "]] for each " + key;
         if (node == nullptr) {
-            throw InputError(machine.file, {1, 1}, "there is no " + key + "; " + wanted);
+            throw InputError(machine.file, {1, 1}, "there is no " + key + "; " + OneForEach(key));
         }
         const toml::array* const tables = node->as_array();
         if (tables == nullptr || tables->empty()) {
             throw InputError(machine.file, PositionOf(node->source()),
-                             key + " is not a list of tables; " + wanted);
+                             key + " is not a list of tables; " + OneForEach(key));
         }
         if (tables->size() > kMaxEntries) {
             throw InputError(machine.file, PositionOf(tables->get(kMaxEntries)->source()),
                              "there are more than " + std::to_string(kMaxEntries) + " tables [[" +
                                  key + "]]; leave out what does not move or hold anything");
         }
-        for (const toml::node& entry : *tables) {
-            if (!entry.is_table()) {
-                throw InputError(machine.file, PositionOf(entry.source()),
-                                 "this " + key + " is not a table; " + wanted);
-            }
-            Table table(*entry.as_table(), machine.file, "this " + key);
-            read(table);
-        }
+        return *tables;
     }
 
     void ReadAxis(Table& table)

@@ -12,7 +12,7 @@ namespace host
 namespace
 {
 
-constexpr std::uintmax_t kBytesPerMebibyte = 1024 * 1024;
+constexpr std::uintmax_t kBytesPerMebibyte = 1024UL * 1024;
 
 } // namespace
 

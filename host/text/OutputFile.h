@@ -30,7 +30,7 @@ class OutputFile
   private:
     struct Closer
     {
-        void operator()(std::FILE* stream) const { std::fclose(stream); }
+        void operator()(std::FILE* opened) const { std::fclose(opened); }
     };
 
     void MoveTo(const std::filesystem::path& place);

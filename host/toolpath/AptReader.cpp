@@ -18,7 +18,7 @@ namespace host
 namespace
 {
 
-constexpr TextBounds kBounds{1024ULL * 1024 * 1024, 4096};
+constexpr TextBounds kBounds{1024UL * 1024 * 1024, 4096};
 constexpr double kLargestNumber = 1e12; // its square and its conversion are still finite
 constexpr Vec3 kUpright{0.0, 0.0, 1.0};
 
@@ -71,8 +71,8 @@ class Interpreter
             Take(statement);
         }
         if (path.points.empty()) {
-            throw InputError(path.file, "there is no GOTO in this file, so there is nothing to do; "
-                                        "is it a cutter-location file?");
+            Refuse({1, 1}, "there is no GOTO in this file, so there is nothing to do; "
+                           "is it a cutter-location file?");
         }
         WarnOfIgnoredVectors();
         return std::move(path);

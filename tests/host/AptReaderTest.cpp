@@ -322,7 +322,7 @@ TEST(AptReader, RefusesOtherUnitsAndModes)
 TEST(AptReader, RefusesAFileWithoutPoints)
 {
     const std::string fault =
-        "part.cl: there is no GOTO in this file, so there is nothing to do; is "
+        "part.cl:1:1: there is no GOTO in this file, so there is nothing to do; is "
         "it a cutter-location file?";
     EXPECT_EQ(FaultOf(""), fault);
     EXPECT_EQ(FaultOf("PARTNO/X\nFINI\nGOTO/1,2,3\n"), fault);

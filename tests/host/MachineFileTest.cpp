@@ -105,6 +105,13 @@ TEST(MachineFile, ReadsRadiansAsTheyAre)
     EXPECT_EQ(machine.axes[3].joint->GetHiBound(), 0.5);
 }
 
+TEST(MachineFile, TakesWholeNumbersOfAnySize)
+{
+    // 2^53 + 1 lies between two doubles and goes to the even one.
+    const LoadedMachine machine = Load(MillWith(11, "limits = [-9007199254740993, 300]"));
+    EXPECT_EQ(machine.axes[0].joint->GetLowBound(), -9007199254740992.0);
+}
+
 TEST(MachineFile, KeepsTheLengthUnitOfItsNumbers)
 {
     EXPECT_EQ(Load(MillText()).length, host::LengthUnit::Millimetre);

@@ -64,7 +64,11 @@ Process::Process(const std::vector<std::string>& arguments, const std::filesyste
                  ErrorOutput errorOutput)
 {
     const Ends out = OpenPipe();
-    const Ends err = errorOutput == ErrorOutput::Pipe ? OpenPipe() : OpenTerminal();
+    Ends err = errorOutput == ErrorOutput::Terminal ? OpenTerminal() : OpenPipe();
+    if (errorOutput == ErrorOutput::ClosedPipe) {
+        ::close(err.reading);
+        err.reading = -1;
+    }
     std::vector<char*> words;
     for (const std::string& argument : arguments) {
         words.push_back(const_cast<char*>(argument.c_str()));

@@ -22,7 +22,7 @@ struct Outcome
 class Process
 {
   public:
-    enum class ErrorOutput { Pipe, Terminal };
+    enum class ErrorOutput { Pipe, ClosedPipe, Terminal };
 
     /// `arguments[0]` is the program; it runs in `folder`.
     Process(const std::vector<std::string>& arguments, const std::filesystem::path& folder,

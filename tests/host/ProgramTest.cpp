@@ -1,10 +1,12 @@
 // The built program, run as a user runs it.
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -56,6 +58,9 @@ struct Table
                 cells.push_back(cell);
             }
             rows.push_back(cells);
+        }
+        if (rows.empty()) {
+            throw std::runtime_error("no table in " + path.string());
         }
         header = rows.front();
         rows.erase(rows.begin());
@@ -339,6 +344,17 @@ TEST_F(Program, ReportsPointsThatItCannotReachAndFinishesTheRest)
     const std::string table = ContentOf(folder.Path() / "joints.csv");
     EXPECT_TRUE(Contains(table, "\n2,2,,,,,,,,,failed\n3,4,,,,,,,,,rapid|failed\n4,5,")) << table;
     EXPECT_NEAR(Table(folder.Path() / "joints.csv").Number(3, "X_mm"), 10, 1e-4);
+}
+
+TEST_F(Program, FinishesTheTableWhenNobodyReadsItsMessages)
+{
+    folder.Write("far.cl", "GOTO/0,0,0,0,-0.5,0.8660254\nGOTO/350,0,0\nGOTO/10,0,0\n");
+    const Outcome outcome = Process(Command({"solve", "mill.toml", "far.cl", "-o", "joints.csv"}),
+                                    folder.Path(), Process::ErrorOutput::ClosedPipe)
+                                .Wait();
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_EQ(Table(folder.Path() / "joints.csv").rows.size(), 3U);
+    EXPECT_EQ(folder.Names().size(), 4U);
 }
 
 TEST_F(Program, PassesTheWarningsOfThePathOn)

@@ -5,6 +5,7 @@
 #include <string>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "TempFolder.h"
 #include "text/InputError.h"
@@ -159,6 +160,15 @@ TEST(OutputFile, FollowsALinkToItsFile)
     file.Finish();
     EXPECT_TRUE(fs::is_symlink(folder.Path() / "link.csv"));
     EXPECT_EQ(ContentOf(real), "new");
+}
+
+TEST(OutputFile, DoesNotWriteThroughALinkThatStandsInItsWay)
+{
+    const TempFolder folder;
+    const fs::path victim = folder.Write("victim", "mine");
+    fs::create_symlink(victim, folder.Path() / ("t.csv." + std::to_string(::getpid()) + ".tmp"));
+    EXPECT_THROW(host::OutputFile(folder.Path() / "t.csv"), host::InputError);
+    EXPECT_EQ(ContentOf(victim), "mine");
 }
 
 TEST(OutputFile, RefusesPlacesWhereNoFileCanStand)
