@@ -11,6 +11,7 @@
 #include "machine/LoadedMachine.h"
 #include "machine/MachineAssembly.h"
 #include "machine/MachineFile.h"
+#include "machine/StrayCharacter.h"
 #include "support/Random.h"
 #include "text/InputError.h"
 #include "text/Numbers.h"
@@ -372,6 +373,15 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Fault{"Syntax", 7, "name \"X\"", 7, 6, "this is not TOML ("},
         Fault{"AKeyTwice", 7, "name = \"X\"\nname = \"X2\"", 8, 8, "this is not TOML ("},
+        // Two that the reader itself takes for impossible.
+        Fault{"TableWithoutName", 6, "[/]", 6, 2, "this is not TOML; correct it here or on"},
+        Fault{"BraceInAnArray", 47, "origin = [ } ]", 47, 12,
+              "this is not TOML; correct it here or on"},
+        Fault{"StrayCharacter", 44, "name = \"sp\u00EFndle\" \u00E9", 44, 18,
+              "this character stands outside a string or comment, where TOML has plain ASCII"},
+        Fault{"ControlCharacter", 44, "name = \"spindle\"\x0C", 44, 17,
+              "this character stands outside a string or comment"},
+
         Fault{"UnknownTable", 1, "[tool]\n[machine]", 1, 2, "\"tool\" is not a key of the file"},
         Fault{"UnknownMachineKey", 2, "name = \"Mill\"\nmaker = \"x\"", 3, 1,
               "\"maker\" is not a key of [machine]; its keys are name, length, angle"},
@@ -506,6 +516,23 @@ std::string SentenceAbout(const std::string& text)
     } catch (const host::InputError& error) {
         return error.what();
     }
+}
+
+TEST(MachineFile, HasAnyCharactersInStringsAndComments)
+{
+    constexpr std::size_t kNone = std::string_view::npos;
+    for (const std::string text :
+         {"", "a = 1\t# \u00E9\r\n", "a = \"\u00E9\"", "a = '\u00E9'", "a = \"\\\"\u00E9\"",
+          "a = \"\"\"\n\u00E9\n\"\u00E9\"\"\"\"", "a = '''\n\\'\u00E9'''", "\uFEFFa = 1"}) {
+        EXPECT_EQ(host::FindStrayCharacter(text), kNone) << text;
+    }
+    EXPECT_EQ(host::FindStrayCharacter("a = \"\" \u00E9"), 7U);
+    EXPECT_EQ(host::FindStrayCharacter("# x\n\u00E9"), 4U);
+    EXPECT_EQ(host::FindStrayCharacter("a = \"x\n\u00E9\""), 7U); // the string ends with its line
+    EXPECT_EQ(host::FindStrayCharacter("a = \"\\"), kNone);
+    EXPECT_EQ(host::FindStrayCharacter("a = '\\'\u00E9"), 7U);
+    EXPECT_EQ(host::FindStrayCharacter("a = \"\"\"\u00E9\"\"\"\x7F"), 12U);
+    EXPECT_EQ(host::FindStrayCharacter(std::string_view("a\0b", 3)), 1U);
 }
 
 TEST(MachineFile, RefusesAFileWithoutATableOfAKind)
