@@ -8,35 +8,20 @@
 #include <gtest/gtest.h>
 
 #include "machine/Rig.h"
+#include "support/Chains.h"
 
 namespace
 {
 
+using test::ChainOf;
 using test::ExpectNear;
 using test::FalseJoint;
+using test::Nodes;
+using test::NodesOf;
 using test::Rig;
 using test::Values;
-using Nodes = std::vector<IkNode*>;
 
 static_assert(std::has_virtual_destructor_v<IkStream>);
-
-Nodes NodesOf(const IkChain& chain)
-{
-    Nodes nodes;
-    for (int i = 0; i < chain.Size(); ++i) {
-        nodes.push_back(chain.GetAt(i));
-    }
-    return nodes;
-}
-
-IkChain ChainOf(const Nodes& nodes)
-{
-    IkChain chain;
-    for (IkNode* node : nodes) {
-        chain.AddNode(node);
-    }
-    return chain;
-}
 
 /// "none" without an entry, else what it holds.
 std::string LocalLock(const IkStream& stream, IkNode* joint)

@@ -6,35 +6,20 @@
 
 #include "geometry/Matrices.h"
 #include "model/Contents.h"
+#include "support/Chains.h"
 
 namespace
 {
 
 using test::BitsOf;
+using test::ChainOf;
 using test::ContentsOf;
 using test::ElementsOf;
+using test::Nodes;
+using test::NodesOf;
 using test::Numbered;
 using test::States;
 using test::StatesOf;
-using Nodes = std::vector<IkNode*>;
-
-Nodes NodesOf(const IkChain& chain)
-{
-    Nodes nodes;
-    for (int i = 0; i < chain.Size(); ++i) {
-        nodes.push_back(chain.GetAt(i));
-    }
-    return nodes;
-}
-
-IkChain ChainOf(const Nodes& nodes)
-{
-    IkChain chain;
-    for (IkNode* node : nodes) {
-        chain.AddNode(node);
-    }
-    return chain;
-}
 
 TEST(Chain, StartsEmpty)
 {
