@@ -4,36 +4,12 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <exception>
 #include <initializer_list>
 #include <utility>
 
-#include "machine/StrayCharacter.h"
+#include "machine/TomlText.h"
 #include "text/InputFile.h"
 #include "text/Quoted.h"
-
-namespace host
-{
-
-/// The TOML reader found something that it takes for granted not to hold.
-class BrokenAssumption : public std::exception
-{};
-
-constexpr void Assume(bool holds)
-{
-    if (!holds) {
-        throw BrokenAssumption();
-    }
-}
-
-} // namespace host
-
-// Some texts that are not TOML, for instance "[/]", get past the reader's own checks and reach its
-// assertions. Those must refuse the text in every build type, not end the program; the reader
-// offers no other way to say so than this macro, which it overrides where NDEBUG is set.
-#undef NDEBUG
-#define TOML_ASSERT(holds) ::host::Assume(static_cast<bool>(holds))
-#include <toml++/toml.h>
 
 namespace host
 {
@@ -44,51 +20,6 @@ namespace
 constexpr std::uintmax_t kMaxMachineBytes = 16UL * 1024 * 1024;
 constexpr std::size_t kMaxEntries = 64; // axes, mounts or streams: far more than machines have
 constexpr double kPerpendicularTolerance = 1e-6;
-
-TextPosition PositionOf(const toml::source_region& region)
-{
-    return {static_cast<int>(region.begin.line), static_cast<int>(region.begin.column)};
-}
-
-bool BeginsCharacter(char c)
-{
-    constexpr unsigned kTopBits = 0xC0;
-    constexpr unsigned kContinuation = 0x80;
-    return (static_cast<unsigned char>(c) & kTopBits) != kContinuation;
-}
-
-/// Columns count characters of UTF-8 text, as those of the TOML reader do.
-TextPosition PositionIn(std::string_view text, std::size_t offset)
-{
-    const std::string_view before = text.substr(0, offset);
-    const std::string_view line = before.substr(before.rfind('\n') + 1);
-    return {1 + static_cast<int>(std::count(before.begin(), before.end(), '\n')),
-            1 + static_cast<int>(std::count_if(line.begin(), line.end(), BeginsCharacter))};
-}
-
-bool BreaksAssumptions(std::string_view text)
-{
-    try {
-        const toml::table ignored = toml::parse(text);
-    } catch (const BrokenAssumption&) {
-        return true;
-    } catch (const toml::parse_error&) {
-    }
-    return false;
-}
-
-/// The offset at which the reader stops in a text that breaks its assumptions. They say nothing of
-/// the place, but every beginning of the text breaks them that reaches as far as it.
-std::size_t WhereAssumptionsBreak(std::string_view text)
-{
-    std::size_t longestGood = 0;
-    std::size_t shortestBad = text.size();
-    while (shortestBad - longestGood > 1) {
-        const std::size_t middle = longestGood + (shortestBad - longestGood) / 2;
-        (BreaksAssumptions(text.substr(0, middle)) ? shortestBad : longestGood) = middle;
-    }
-    return longestGood;
-}
 
 std::string Joined(std::initializer_list<std::string_view> words)
 {
@@ -500,21 +431,7 @@ class Reader
 
 MachineDescription ReadMachine(std::string_view text, const std::string& file)
 {
-    if (const std::size_t stray = FindStrayCharacter(text); stray != std::string_view::npos) {
-        throw InputError(file, PositionIn(text, stray),
-                         "this character stands outside a string or comment, where TOML has plain "
-                         "ASCII only; take it out");
-    }
-    try {
-        return Reader(file).Read(toml::parse(text, file));
-    } catch (const toml::parse_error& error) {
-        throw InputError(file, PositionOf(error.source()),
-                         "this is not TOML (" + std::string(error.description()) +
-                             "); correct it here or on the lines before");
-    } catch (const BrokenAssumption&) {
-        throw InputError(file, PositionIn(text, WhereAssumptionsBreak(text)),
-                         "this is not TOML; correct it here or on the lines before");
-    }
+    return Reader(file).Read(ParseToml(text, file));
 }
 
 MachineDescription ReadMachineFile(const std::filesystem::path& path)

@@ -15,6 +15,12 @@ namespace
 
 constexpr int kVirtualIdOffset = 1000;
 
+/// No range is tested: an id at the end of the range comes round at its other end.
+int Shifted(int id, int offset)
+{
+    return static_cast<int>(static_cast<unsigned>(id) + static_cast<unsigned>(offset));
+}
+
 bool HasId(const IkStream* stream, int id)
 {
     return stream != nullptr && stream->GetId() == id;
@@ -118,11 +124,11 @@ IkStream* IkMachine::GetStreamPtrByIndex(int index)
 
 int IkMachine::Physical2VirtualStreamId(int id) const
 {
-    return id + kVirtualIdOffset;
+    return Shifted(id, kVirtualIdOffset);
 }
 int IkMachine::Virtual2PhysicalStreamId(int id) const
 {
-    return id - kVirtualIdOffset;
+    return Shifted(id, -kVirtualIdOffset);
 }
 
 void IkMachine::GetJointStates(IkJtStateVector& out)

@@ -97,6 +97,10 @@ TEST(Machine, VirtualStreamIdsAreAThousandApartWithoutRangeTest)
     }
     EXPECT_EQ(machine.Physical2VirtualStreamId(0), 1000);
     EXPECT_EQ(machine.Virtual2PhysicalStreamId(1000), 0);
+    // At the ends of the range they come round, as 32-bit numbers do.
+    constexpr int kLast = 2147483647;
+    EXPECT_EQ(machine.Physical2VirtualStreamId(kLast), -kLast - 1 + 999);
+    EXPECT_EQ(machine.Virtual2PhysicalStreamId(-kLast - 1), kLast - 999);
 }
 
 TEST(Machine, FindsStreamsByIndexInTheOrderAdded)

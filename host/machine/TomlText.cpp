@@ -1,0 +1,79 @@
+#include "machine/TomlText.h"
+
+#include <algorithm>
+
+#include "machine/StrayCharacter.h"
+
+namespace host
+{
+
+namespace
+{
+
+bool BeginsCharacter(char c)
+{
+    constexpr unsigned kTopBits = 0xC0;
+    constexpr unsigned kContinuation = 0x80;
+    return (static_cast<unsigned char>(c) & kTopBits) != kContinuation;
+}
+
+/// Columns count characters of UTF-8 text, as those of the TOML reader do.
+TextPosition PositionIn(std::string_view text, std::size_t offset)
+{
+    const std::string_view before = text.substr(0, offset);
+    const std::string_view line = before.substr(before.rfind('\n') + 1);
+    return {1 + static_cast<int>(std::count(before.begin(), before.end(), '\n')),
+            1 + static_cast<int>(std::count_if(line.begin(), line.end(), BeginsCharacter))};
+}
+
+bool BreaksAssumptions(std::string_view text)
+{
+    try {
+        const toml::table ignored = toml::parse(text);
+    } catch (const BrokenAssumption&) {
+        return true;
+    } catch (const toml::parse_error&) {
+    }
+    return false;
+}
+
+/// The offset at which the reader stops in a text that breaks its assumptions. They say nothing of
+/// the place, but every beginning of the text breaks them that reaches as far as it.
+std::size_t WhereAssumptionsBreak(std::string_view text)
+{
+    std::size_t longestGood = 0;
+    std::size_t shortestBad = text.size();
+    while (shortestBad - longestGood > 1) {
+        const std::size_t middle = longestGood + (shortestBad - longestGood) / 2;
+        (BreaksAssumptions(text.substr(0, middle)) ? shortestBad : longestGood) = middle;
+    }
+    return longestGood;
+}
+
+} // namespace
+
+toml::table ParseToml(std::string_view text, const std::string& file)
+{
+    if (const std::size_t stray = FindStrayCharacter(text); stray != std::string_view::npos) {
+        throw InputError(file, PositionIn(text, stray),
+                         "this character stands outside a string or comment, where TOML has plain "
+                         "ASCII only; take it out");
+    }
+    try {
+        return toml::parse(text, file);
+    } catch (const toml::parse_error& error) {
+        throw InputError(file, PositionOf(error.source()),
+                         "this is not TOML (" + std::string(error.description()) +
+                             "); correct it here or on the lines before");
+    } catch (const BrokenAssumption&) {
+        throw InputError(file, PositionIn(text, WhereAssumptionsBreak(text)),
+                         "this is not TOML; correct it here or on the lines before");
+    }
+}
+
+TextPosition PositionOf(const toml::source_region& region)
+{
+    return {static_cast<int>(region.begin.line), static_cast<int>(region.begin.column)};
+}
+
+} // namespace host
