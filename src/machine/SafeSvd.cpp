@@ -35,8 +35,8 @@ class Counted
         return *this;
     }
 
-    /// Allows a decomposition of `columns` columns its tests: a thousand sweeps for each singular
-    /// value, where a handful is usual.
+    /// Allows a decomposition of `columns` columns its tests. A sweep takes some six a column, so
+    /// that is more than a hundred sweeps for each singular value, where a handful is usual.
     static void Allow(int columns) { testsLeft = 1000L * columns * columns; }
 
     friend double abs(const Counted& x)
