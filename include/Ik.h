@@ -10,6 +10,7 @@
 #include "IkJtState.h"
 #include "IkMachine.h"
 #include "IkNode.h"
+#include "IkSolver.h"
 #include "IkStream.h"
 #include "IkXformMat.h"
 

@@ -21,6 +21,13 @@ std::wstring TraceLabel(const wchar_t* label, const wchar_t* suffix, std::size_t
     return length < 0 ? std::wstring() : std::wstring(buffer.data());
 }
 
+std::wstring TraceSampleCaption(const wchar_t* format, int index)
+{
+    std::array<wchar_t, kTraceSampleCaption> buffer{};
+    const int length = std::swprintf(buffer.data(), buffer.size(), format, index);
+    return length < 0 ? std::wstring() : std::wstring(buffer.data());
+}
+
 void TraceRows(const TNT::Matrix<double>& matrix, const wchar_t* elementFormat)
 {
     for (int i = 0; i < matrix.num_rows(); ++i) {

@@ -14,6 +14,7 @@ namespace trunnion
 inline constexpr std::size_t kTraceChildLabel = 256;
 inline constexpr std::size_t kTraceFrameLabel = 124;
 inline constexpr std::size_t kTraceElement = 124;
+inline constexpr std::size_t kTraceSampleCaption = 56;
 inline constexpr std::size_t kTraceNodeInfoLabel = 1024;
 
 /// Which computations trace what they do. All off, and nothing in the library turns one on: a
@@ -35,6 +36,9 @@ void TraceLine(const wchar_t* line);
 
 /// `label` with `suffix` behind it, or nothing when the two do not fit into a buffer of `size`.
 std::wstring TraceLabel(const wchar_t* label, const wchar_t* suffix, std::size_t size);
+
+/// The caption of a sample: `format` with its index, or nothing when that does not fit.
+std::wstring TraceSampleCaption(const wchar_t* format, int index);
 
 /// One line a row, each element in `elementFormat`.
 void TraceRows(const TNT::Matrix<double>& matrix, const wchar_t* elementFormat);

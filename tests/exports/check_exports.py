@@ -9,7 +9,8 @@ import sys
 
 CLASSES = {
     "IkBody", "IkChain", "IkEndState", "IkJoint", "IkJtPrism", "IkJtRot", "IkJtState",
-    "IkJtStateVector", "IkMachine", "IkNode", "IkStream", "IkXformMat",
+    "IkJtStateVector", "IkMachine", "IkNode", "IkSolutionAnalyst", "IkSolver", "IkSolverHybrid",
+    "IkSolverPsuedoInverse", "IkStream", "IkXformMat",
     "TNT::Matrix<double>", "TNT::Vector<double>", "TNT::Array1D<double>",
 }
 
