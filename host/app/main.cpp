@@ -1,4 +1,4 @@
-// The trunnion program: joint values for toolpaths, and poses for joint values.
+// The trunnion program: joint values for toolpaths and poses, and poses for joint values.
 
 #include <csignal>
 #include <exception>
@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "app/BranchesCommand.h"
 #include "app/ExitCode.h"
 #include "app/PoseCommand.h"
 #include "app/SolveCommand.h"
@@ -53,6 +54,26 @@ void AddPose(CLI::App& app, host::PoseOptions& options)
     pose->footer(kExitCodes);
 }
 
+void AddBranches(CLI::App& app, host::BranchesOptions& options)
+{
+    constexpr int kPoseNumbers = 6;
+    CLI::App* const branches =
+        app.add_subcommand("branches", "List the distinct solutions at one pose");
+    branches->add_option("MACHINE", options.machine, "The machine, a TOML file")->required();
+    branches
+        ->add_option("POSE", options.pose,
+                     "The tool's position and direction in part coordinates: x y z i j k")
+        ->required()
+        ->expected(kPoseNumbers)
+        ->type_name("NUMBER");
+    branches->add_option("--stream", options.stream, "The stream to solve; otherwise the first")
+        ->type_name("ID");
+    branches->add_flag("--radians", options.inRadians, "Rotary axes in radians, not degrees");
+    branches->add_flag("--ignore-limits", options.ignoresLimits,
+                       "Also solutions beyond the limits; a ! marks the axes that are");
+    branches->footer(kExitCodes);
+}
+
 host::ExitCode Run(int argc, char** argv)
 {
     CLI::App app("Inverse and forward kinematics of machine tools", "trunnion");
@@ -61,15 +82,20 @@ host::ExitCode Run(int argc, char** argv)
     app.footer(kExitCodes);
     host::SolveOptions solve;
     host::PoseOptions pose;
+    host::BranchesOptions branches;
     AddSolve(app, solve);
     AddPose(app, pose);
+    AddBranches(app, branches);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& answer) {
         return app.exit(answer) == 0 ? host::kExitOk : host::kExitBadInput;
     }
-    return app.got_subcommand("solve") ? host::Solve(solve, std::cout, std::cerr)
-                                       : host::Pose(pose, std::cout, std::cerr);
+    if (app.got_subcommand("solve")) {
+        return host::Solve(solve, std::cout, std::cerr);
+    }
+    return app.got_subcommand("pose") ? host::Pose(pose, std::cout, std::cerr)
+                                      : host::ListBranches(branches, std::cout, std::cerr);
 }
 
 } // namespace

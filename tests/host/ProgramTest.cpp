@@ -134,8 +134,10 @@ TEST_F(Program, TellsItsVersion)
 
 TEST_F(Program, ListsItsExitCodesInItsHelp)
 {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"--help"}, {"solve", "--help"}, {"pose", "--help"}}) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
+                                                      {"solve", "--help"},
+                                                      {"pose", "--help"},
+                                                      {"branches", "--help"}}) {
         const Outcome outcome = Run(arguments);
         EXPECT_EQ(outcome.code, 0);
         EXPECT_TRUE(Contains(outcome.out, "Exit codes:\n"
@@ -554,5 +556,57 @@ INSTANTIATE_TEST_SUITE_P(
         return std::string(toolpath[0] == 'd' ? "DomeOn" : "BladeOn") +
                (machine[0] == 't' ? "TrunnionTable" : "HeadAndTable");
     });
+
+// Branches ------------------------------------------------------------------------------------
+
+// A tool that leans by 40 degrees towards -y: the table tilts to A -40, or, beyond its limit of 30,
+// to A 40 half a turn of C away. See BranchesTest for the numbers.
+const std::vector<std::string> kLeaning{"branches", "mill.toml", "0",           "0",
+                                        "50",       "0",         "-0.64278761", "0.76604444"};
+
+TEST_F(Program, ListsTheBranchesAtAPoseWithLimitsAndErrors)
+{
+    const Outcome outcome = Run(kLeaning);
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_TRUE(Contains(outcome.out, "Y mm        limits -300 to 300             44.9951\n"));
+    EXPECT_TRUE(Contains(outcome.out, "Z mm        limits -400 to 400            -66.3769\n"));
+    EXPECT_TRUE(Contains(outcome.out, "A deg       limits -120 to 30                  -40\n"));
+    EXPECT_TRUE(Contains(outcome.out, "\noff by      mm "));
+    EXPECT_TRUE(Contains(outcome.out, "\noff by      deg "));
+}
+
+TEST_F(Program, MarksBranchesBeyondTheLimits)
+{
+    std::vector<std::string> command = kLeaning;
+    EXPECT_FALSE(Contains(Run(command).out, "!"));
+    command.emplace_back("--ignore-limits");
+    EXPECT_TRUE(Contains(Run(command).out, " ! 40"));
+}
+
+TEST_F(Program, SaysWhyAPoseHasNoBranch)
+{
+    const Outcome outcome = Run({"branches", "mill.toml", "0", "0", "5000", "0", "0", "1"});
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_TRUE(Contains(outcome.err, "no solution from"));
+    EXPECT_TRUE(Contains(outcome.err, "reaching it would need Z 4900 mm (limits -400 to 400)"));
+}
+
+TEST_F(Program, RefusesAPoseThatIsNone)
+{
+    for (const std::vector<std::string>& pose :
+         {std::vector<std::string>{"0", "0", "0", "0", "0", "0"},
+          {"0", "0", "0", "0", "0", "x"},
+          {"0", "0", "nan", "0", "0", "1"},
+          {"0", "0", "0"}}) {
+        std::vector<std::string> command{"branches", "mill.toml"};
+        command.insert(command.end(), pose.begin(), pose.end());
+        const Outcome outcome = Run(command);
+        EXPECT_EQ(outcome.code, 2);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_NE(outcome.err, "");
+    }
+}
 
 } // namespace
