@@ -3,9 +3,9 @@
 usage: check_documents.py ROOT BUILD CXX
 
 ROOT is the checkout, BUILD a build of it with tests, CXX the compiler. Fenced blocks are taken in
-order: `sh` is run in ROOT, `toml` is given to the program, `cpp` blocks make up one program, and a
-`text` block behind any of these is what it must end with. Numbers may differ in the fourth digit,
-times altogether.
+order: `sh` is run in ROOT, `toml` is given to the program, `cpp` blocks make up one program. A `text`
+block behind any of these must stand in what it prints, and a table that a command prints must stand in
+the README. Numbers may differ in the fourth digit, in tables by a few cases, times altogether.
 """
 
 import os
@@ -30,20 +30,23 @@ def run(command, root, **options):
     return done.stdout
 
 
-def words_agree(shown, printed):
+FEW_CASES = 5
+
+
+def words_agree(shown, printed, slack):
     if shown == printed:
         return True
     if not (NUMBER.match(shown) and NUMBER.match(printed)):
         return False
     a, b = float(shown), float(printed)
-    return abs(a - b) <= 1e-3 * max(abs(a), abs(b))
+    return abs(a - b) <= max(slack, 1e-3 * max(abs(a), abs(b)))
 
 
-def lines_agree(shown, printed):
+def lines_agree(shown, printed, slack=0):
     a, b = shown.split(), printed.split()
     if a[:1] == ["time"] == b[:1]:
         return True
-    return len(a) == len(b) and all(map(words_agree, a, b))
+    return len(a) == len(b) and all(words_agree(*pair, slack) for pair in zip(a, b))
 
 
 def check_output(shown, printed):
@@ -54,6 +57,14 @@ def check_output(shown, printed):
         if all(map(lines_agree, wanted, lines[start:])):
             return
     raise SystemExit(f"shown:\n{shown}\nprinted:\n{printed}")
+
+
+def check_tables(printed, readme):
+    """A table that a command prints must stand in the README as it is."""
+    for line in printed.splitlines():
+        if line.startswith("|") and not any(
+                lines_agree(shown, line, FEW_CASES) for shown in readme.splitlines()):
+            raise SystemExit(f"README lacks the row that its command prints:\n{line}")
 
 
 def run_program(source, root, build, compiler, folder):
@@ -71,11 +82,13 @@ def main():
     counts = {}
     source = ""
     printed = ""
+    readme = (root / "README.md").read_text()
     with tempfile.TemporaryDirectory() as folder:
-        for language, content in blocks((root / "README.md").read_text()):
+        for language, content in blocks(readme):
             counts[language] = counts.get(language, 0) + 1
             if language == "sh":
                 printed = run(["bash", "-euo", "pipefail", "-c", content], root)
+                check_tables(printed, readme)
             elif language == "toml":
                 machine = Path(folder, "shown.toml")
                 machine.write_text(content)
@@ -92,7 +105,7 @@ def main():
     if source:
         raise SystemExit("the program is not complete")
     for path in re.findall(r"`((?:scripts|include|src|host|samples|tests)/[\w/.-]*)`",
-                           (root / "README.md").read_text()):
+                           readme):
         if not os.path.exists(root / path):
             raise SystemExit(f"README names {path}, which does not exist")
     print("README: " + ", ".join(f"{n} {language}" for language, n in sorted(counts.items())))
