@@ -19,12 +19,6 @@ target_compile_options(trunnion_build_options INTERFACE
   -ffp-contract=off
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 
-# TNT keeps its one-based row table a place off and deletes it from there after moving back, which g++
-# takes for a wrong delete wherever it inlines a matrix destructor.
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  target_compile_options(trunnion_build_options INTERFACE -Wno-free-nonheap-object)
-endif()
-
 if(TRUNNION_SANITIZE)
   target_compile_options(trunnion_build_options INTERFACE
     -fsanitize=${TRUNNION_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

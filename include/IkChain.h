@@ -1,8 +1,9 @@
 // Chains: ordered lists of tree nodes from a base towards a tip.
 //
-// Frames: a chain's transform is base_to_tip, the product of its nodes' transforms from index 0 on.
-// Ownership: a chain never owns its nodes; it is valid while they live. Streams use chains by
-// pointer, so the host keeps them alive as long as the stream is used. Threads: one at a time.
+// - Frames: a chain's transform is base_to_tip, the product of its nodes' transforms from index 0.
+// - Ownership: a chain never owns its nodes and is valid while they live. Streams use chains by
+//   pointer, so the host keeps them alive as long as the stream is used.
+// - Threads: one at a time.
 
 #ifndef TRUNNION_IK_CHAIN_H
 #define TRUNNION_IK_CHAIN_H

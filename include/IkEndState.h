@@ -1,9 +1,10 @@
 // End states: a pose of a chain's end and a filter that says which parts of it matter.
 //
-// Layout: the end-state vector holds three numbers an enabled component, in the fixed order
-// position, X axis, Y axis, Z axis; disabled ones are skipped. Every error and every Jacobian row
-// follows it. Units: position in the host's length unit, axes as raw direction vectors, not angles.
-// A plain value type; distinct objects may be used from distinct threads.
+// - Layout: the end-state vector holds three numbers an enabled component, in the fixed order
+//   position, X axis, Y axis, Z axis; disabled ones are skipped. Every error and every Jacobian row
+//   follows it.
+// - Units: position in the host's length unit, axes as raw direction vectors, not angles.
+// - Threads: a plain value type; distinct objects may be used from distinct threads.
 
 #ifndef TRUNNION_IK_END_STATE_H
 #define TRUNNION_IK_END_STATE_H

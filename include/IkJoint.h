@@ -1,9 +1,9 @@
 // Joints: tree nodes whose transform depends on one value.
 //
-// Units: a linear joint's value, bounds and initial value are lengths, a rotary joint's are
-// radians. Frames: the motion is applied on the right of the original frame, in the joint's own
-// axes. Nothing here clamps a value to its range; ranges are applied where steps are added
-// (IkJtState.h). Ownership and threads: as for IkNode.
+// - Units: a linear joint's value, bounds and initial value are lengths, a rotary joint's radians.
+// - Frames: the motion is applied on the right of the original frame, in the joint's own axes.
+// - Ranges: nothing here clamps a value; ranges are applied where steps are added (IkJtState.h).
+// - Ownership and threads: as for IkNode.
 
 #ifndef TRUNNION_IK_JOINT_H
 #define TRUNNION_IK_JOINT_H

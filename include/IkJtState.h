@@ -1,10 +1,10 @@
 // Joint values: a state pairs a joint with a value, a state vector is an ordered set of states.
 //
-// Units: [length] for linear joints, [rad] for rotary ones. A state's index is the column of every
-// Jacobian and the row of every step.
-// Ownership: joint pointers are not owned and must outlive the use made of them.
-// Threads: one at a time in the whole process. Steps given as a column go through process-wide
-// buffers, so no two solves may overlap.
+// - Units: [length] for linear joints, [rad] for rotary ones.
+// - Indices: a state's index is the column of every Jacobian and the row of every step.
+// - Ownership: joint pointers are not owned and must outlive the use made of them.
+// - Threads: one at a time in the whole process. Steps given as a column go through process-wide
+//   buffers, so no two solves may overlap.
 
 #ifndef TRUNNION_IK_JT_STATE_H
 #define TRUNNION_IK_JT_STATE_H

@@ -1,10 +1,11 @@
 // The machine: owner of the kinematic tree and of the streams over it.
 //
-// The tree is the description; streams and solver objects are scratch. A solve reads the joints and
-// never writes them: joint values change only when the host commits an answer.
-// Ownership: the base node with its whole tree, and every stream handed to AddStream, belong to the
-// machine; chains stay the host's. Copies are shallow: let only one of two copies be destroyed.
-// Errors: two look-ups throw narrow string pointers, see below. Threads: one at a time.
+// - The tree is the description; streams and solver objects are scratch. A solve reads the joints
+//   and never writes them: joint values change only when the host commits an answer.
+// - Ownership: the base node with its whole tree, and every stream handed to AddStream, belong to
+//   the machine; chains stay the host's. Copies are shallow: let only one of two be destroyed.
+// - Errors: two look-ups throw narrow string pointers, see below.
+// - Threads: one at a time.
 
 #ifndef TRUNNION_IK_MACHINE_H
 #define TRUNNION_IK_MACHINE_H

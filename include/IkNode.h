@@ -1,9 +1,10 @@
 // The kinematic tree: a machine is a tree of rigid bodies and joints, linked parent to child.
 //
-// Frames: a node's original frame is its fixed transform from its parent, in the host's length
-// unit. Ownership: nodes live on the heap and are created by the host; a node's destructor does not
-// destroy its children, DestroyChildren does, and IkMachine calls it for the tree it owns. Threads:
-// one at a time per tree.
+// - Frames: a node's original frame is its fixed transform from its parent, in the host's length
+//   unit.
+// - Ownership: nodes live on the heap and are created by the host. A node's destructor does not
+//   destroy its children; DestroyChildren does, and IkMachine calls it for the tree it owns.
+// - Threads: one at a time per tree.
 
 #ifndef TRUNNION_IK_NODE_H
 #define TRUNNION_IK_NODE_H

@@ -1,12 +1,12 @@
-// Solver objects: the stream's iteration as free-standing objects whose every stage can be
-// replaced.
+// Solver objects: the stream's iteration, free-standing and with every stage replaceable.
 //
-// What a solve may touch: the solver's own working fields. The stream and the joints are only read;
-// the host commits an answer. The default tolerance is 1e-12 where a stream's own solve has 1e-8.
-// Units: [length] and [rad]; the objective counts squared lengths plus squared degrees.
-// Ownership: stream, start states and analyst stay the host's and outlive the solver's use of them.
-// Threads: no two solves of any streams or solvers may overlap in time; the host serialises its
-// calls.
+// - What a solve may touch: the solver's own working fields. The stream and the joints are only
+//   read; the host commits an answer.
+// - Tolerance: 1e-12 by default, where a stream's own solve has 1e-8.
+// - Units: [length] and [rad]; the objective counts squared lengths plus squared degrees.
+// - Ownership: stream, start states and analyst stay the host's and outlive the solver's use of
+//   them.
+// - Threads: no two solves of any streams or solvers may overlap in time; the host serialises.
 
 #ifndef TRUNNION_IK_SOLVER_H
 #define TRUNNION_IK_SOLVER_H

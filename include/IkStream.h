@@ -1,16 +1,17 @@
 // A stream: one tool/part loop of the machine, with its forward and inverse kinematics.
 //
-// A host that destroys a stream keeps a dangling part-space body at the end of its part chain
-// unless it first calls SetHasPartSpaceMatrix(false, ...): the destructor must not touch the chain,
-// which may be gone by then.
-//
-// What a solve may touch: the tree is the description, the stream is scratch. SolveIK reads joints
-// and locks, works on the stream's own fields and returns the answer; the joints change only when
-// the host commits it (IkJtStateVector::CommitValuesToJoints, or SolveFK with commit). Frames:
-// base_to_tool and base_to_part are the chains' transforms; the tool pose is part_to_tool =
-// inverse(base_to_part) * base_to_tool. Units: [length] and [rad]; the objective counts degrees.
-// Ownership: chains stay the host's. Threads: no two solves of any streams may overlap in time; the
-// host serialises its calls.
+// - A host that destroys a stream keeps a dangling part-space body at the end of its part chain
+//   unless it first calls SetHasPartSpaceMatrix(false, ...): the destructor must not touch the
+//   chain, which may be gone by then. A copy shares the chains, and with them the original's body.
+// - What a solve may touch: the tree is the description, the stream is scratch. SolveIK reads
+// joints
+//   and locks, works on the stream's own fields and returns the answer; the joints change only when
+//   the host commits it (IkJtStateVector::CommitValuesToJoints, or SolveFK with commit).
+// - Frames: base_to_tool and base_to_part are the chains' transforms; the tool pose is
+//   part_to_tool = inverse(base_to_part) * base_to_tool.
+// - Units: [length] and [rad]; the objective counts degrees.
+// - Ownership: chains stay the host's; they and their nodes live as long as the stream is used.
+// - Threads: no two solves of any streams may overlap in time; the host serialises its calls.
 
 #ifndef TRUNNION_IK_STREAM_H
 #define TRUNNION_IK_STREAM_H
@@ -87,7 +88,8 @@ class IK_API IkStream
     void GetPartSpaceMatrix(IkXformMat& out) const;
 
     // Local locks hold a joint in this stream's solves only.
-    bool SetLocalLock(IkNode* joint, bool locked); //!< false for a joint of no chain
+    bool SetLocalLock(IkNode* joint,
+                      bool locked); //!< false for a joint that no chain held when it was added
     bool GetLocalLock(IkNode* joint, bool& locked) const;
     void SetLocalLockAllRotary(bool locked);
     void ResetAllLocalLocks();
@@ -99,8 +101,8 @@ class IK_API IkStream
     /// @param commit   writes the values into the joints first
     /// @param partOut  receives base_to_part when not null and there is a part chain
     /// @param toolOut  receives base_to_tool when not null
-    /// @param toolOnly leaves the part side out. Together with `partOut` the result is the identity
-    ///                 pose: take the tool from `toolOut`.
+    /// @param toolOnly leaves the part side out. With a part chain and `partOut` the result is then
+    ///                 the identity pose: take the tool from `toolOut`.
     /// Without chains or states the result is the default pose, and nothing is written.
     IkEndState SolveFK(IkJtStateVector& states, bool commit, IkXformMat* partOut,
                        IkXformMat* toolOut, bool toolOnly);

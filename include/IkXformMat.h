@@ -1,16 +1,22 @@
 // Homogeneous transforms: every frame, joint motion, chain product and pose is one of these.
 //
-// Convention: column vectors. [R t; 0 0 0 1] maps a point p to R p + t, and base_to_tool is the
-// pose of the tool frame in the base frame, so base_to_tool * tool_to_tip = base_to_tip: inner
-// names meet. Units: angles in radians, lengths in whatever unit the host measures in. A plain
-// value type; distinct objects may be used from distinct threads.
+// - Convention: column vectors. [R t; 0 0 0 1] maps a point p to R p + t, and base_to_tool is the
+//   pose of the tool frame in the base frame, so base_to_tool * tool_to_tip = base_to_tip: inner
+//   names meet.
+// - Units: angles in radians, lengths in whatever unit the host measures in.
+// - Threads: a plain value type; distinct objects may be used from distinct threads.
 
 #ifndef TRUNNION_IK_XFORM_MAT_H
 #define TRUNNION_IK_XFORM_MAT_H
 
 #include <iostream>
 
+// The matrix keeps its one-based row table a place off and deletes it from there after moving back,
+// which g++ takes for a wrong delete wherever it inlines the destructor: in a host as well.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wfree-nonheap-object"
 #include <tnt/tnt_cmat.h>
+#pragma GCC diagnostic pop
 
 #include "IkExport.h"
 
@@ -20,8 +26,10 @@ extern template class IK_API TNT::Matrix<double>;
 /// zero, `m(i, j)` from one), sizes and product (`a * b`) serve it unchanged.
 ///
 /// Copies and assignments move sixteen elements and never resize the target. A matrix of another
-/// shape arises only from the `TNT::Matrix` constructor; on such a one every operation stays within
-/// its storage, reading what is missing as 0 and writing what is there.
+/// shape arises only from the `TNT::Matrix` constructor; every operation stays within its storage.
+/// There copies, `Eye`, the inverse and the test of orthogonality read what is missing as 0 and
+/// write what is there; assignments, and with them the operations on this transform, copy as many
+/// leading stored elements as both sides have.
 class IK_API IkXformMat : public TNT::Matrix<double>
 {
   public:
