@@ -14,6 +14,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "IkSolver.h"
 #include "support/Bits.h"
 #include "support/RandomMachine.h"
 
@@ -94,17 +95,41 @@ void AddSolve(Digest& digest, const Fixture& fixture, IkEndState& target, Random
                    .GetCompleteState());
 }
 
+/// Solves by solver objects: one from the joints' current values, one from sampled starts.
+void AddSolverObjects(Digest& digest, const Fixture& fixture, IkEndState& target, Random& random)
+{
+    const auto limits = static_cast<IkJoint::JointLimitTypes>(random.Below(4));
+    IkJtStateVector result;
+    IkSolverPsuedoInverse solver(fixture.stream);
+    digest.Add(std::uint64_t{solver.SolveIK(target, result, false, limits, false)});
+    digest.Add(result);
+    digest.Add(solver.GetCurErrorval());
+    IkSolverHybrid hybrid(fixture.stream);
+    digest.Add(std::uint64_t{hybrid.SolveIK(target, result, false, limits, false)});
+    digest.Add(result);
+    for (const IkSolverSampleItem& sample : hybrid.GetSampleList()) {
+        digest.Add(std::uint64_t{sample.rejected});
+        digest.Add(sample.resultStates);
+        digest.Add(sample.errorValue);
+    }
+}
+
+std::vector<double> RandomValues(const Fixture& fixture, Random& random)
+{
+    std::vector<double> values;
+    for (const IkJoint* joint : fixture.joints) {
+        values.push_back(random.Between(joint->GetLowBound(), joint->GetHiBound()));
+    }
+    return values;
+}
+
 std::uint64_t FixtureSolves(const test::NamedFixture& named, int count)
 {
     Digest digest;
     Random random(2);
     const Fixture fixture = named.make();
     for (int i = 0; i < count; ++i) {
-        std::vector<double> values;
-        for (const IkJoint* joint : fixture.joints) {
-            values.push_back(random.Between(joint->GetLowBound(), joint->GetHiBound()));
-        }
-        fixture.SetJoints(values);
+        fixture.SetJoints(RandomValues(fixture, random));
         IkEndState target = test::RandomTarget(fixture, random);
         AddSolve(digest, fixture, target, random);
     }
@@ -119,6 +144,26 @@ std::uint64_t RandomMachineSolves(int count)
         const Fixture fixture = test::RandomMachine(random);
         IkEndState target = test::RandomTarget(fixture, random);
         AddSolve(digest, fixture, target, random);
+    }
+    return digest.Value();
+}
+
+std::uint64_t SolverObjectSolves(int countEach)
+{
+    Digest digest;
+    Random random(4);
+    for (const test::NamedFixture& named : test::AllFixtures()) {
+        const Fixture fixture = named.make();
+        for (int i = 0; i < countEach; ++i) {
+            fixture.SetJoints(RandomValues(fixture, random));
+            IkEndState target = test::RandomTarget(fixture, random);
+            AddSolverObjects(digest, fixture, target, random);
+        }
+    }
+    for (int i = 0; i < countEach; ++i) {
+        const Fixture fixture = test::RandomMachine(random);
+        IkEndState target = test::RandomTarget(fixture, random);
+        AddSolverObjects(digest, fixture, target, random);
     }
     return digest.Value();
 }
@@ -158,6 +203,7 @@ int main(int argc, char** argv)
         PrintLine(solves, named.name + std::string(", 400"), FixtureSolves(named, 400));
     }
     PrintLine(solves, "random machines, 1000", RandomMachineSolves(1000));
+    PrintLine(solves, "solver objects, 2 x 210", SolverObjectSolves(30));
     std::cout << library.str() << solves.str();
 
     const bool isCompared = argc == 3 && std::string(argv[1]) == "--expect";
