@@ -236,6 +236,8 @@ TEST(HybridSamples, OfOneJointAreItsAnglesWithinItsBounds)
              {-100.5 * kOneDegree, kPi, -kPi, {180}},
              {-250.5 * kOneDegree, kPi, -kPi, {180}},
              {-100.5 * kOneDegree, kPi + 2 * kOneDegree, -kPi, {-180, 182}},
+             // So are 0 and 360, but 0 is not negative: both stay.
+             {0, 2 * kPi, 0, {360, 0}},
          }) {
         Turner rig(1);
         rig.joints[0]->SetCurValue(row.current);
