@@ -14,6 +14,7 @@ namespace
 using test::BitsOf;
 using test::Lines;
 using test::LinesOf;
+using test::SwitchedOn;
 using trunnion::TraceLabel;
 using trunnion::TraceSwitches;
 using trunnion::Tracing;
@@ -34,21 +35,6 @@ class Announcing : public Base
 };
 using AnnouncingNode = Announcing<IkBody>;
 using AnnouncingChain = Announcing<IkChain>;
-
-/// Turns one switch on for a while.
-class SwitchedOn
-{
-  public:
-    explicit SwitchedOn(bool TraceSwitches::*which) : isOn(Tracing().*which) { isOn = true; }
-    ~SwitchedOn() { isOn = false; }
-    SwitchedOn(const SwitchedOn&) = delete;
-    SwitchedOn& operator=(const SwitchedOn&) = delete;
-    SwitchedOn(SwitchedOn&&) = delete;
-    SwitchedOn& operator=(SwitchedOn&&) = delete;
-
-  private:
-    bool& isOn;
-};
 
 constexpr std::array<bool TraceSwitches::*, 6> kSwitches{
     &TraceSwitches::solverObjectiveTarget,   &TraceSwitches::solverObjectiveCurrent,

@@ -14,23 +14,9 @@ namespace
 
 using test::BitsOf;
 using test::LinesOf;
+using test::SwitchedOn;
 using trunnion::TraceSwitches;
 using trunnion::Tracing;
-
-/// Turns one switch on for a while.
-class SwitchedOn
-{
-  public:
-    explicit SwitchedOn(bool TraceSwitches::*which) : isOn(Tracing().*which) { isOn = true; }
-    ~SwitchedOn() { isOn = false; }
-    SwitchedOn(const SwitchedOn&) = delete;
-    SwitchedOn& operator=(const SwitchedOn&) = delete;
-    SwitchedOn(SwitchedOn&&) = delete;
-    SwitchedOn& operator=(SwitchedOn&&) = delete;
-
-  private:
-    bool& isOn;
-};
 
 constexpr std::array<bool TraceSwitches::*, 3> kSolverSwitches{
     &TraceSwitches::solverObjectiveTarget,
