@@ -22,6 +22,11 @@ void LoadedMachine::MoveToInitial() const
     }
 }
 
+void LoadedStream::SetToolLength(double length) const
+{
+    tip->SetOrigFrame(IkXformMat::Translate(0.0, 0.0, -length));
+}
+
 LoadedStream& LoadedMachine::StreamWithId(std::optional<int> id)
 {
     if (!id) {

@@ -41,7 +41,11 @@ struct LoadedStream
     std::unique_ptr<IkChain> toolChain;
     std::unique_ptr<IkChain> partChain;
     IkStream* stream{nullptr};     //!< the machine's
+    IkBody* tip{nullptr};          //!< the tool's end, the machine's
     std::vector<std::size_t> axes; //!< those that it moves, as the file orders them
+
+    /// Puts the tool's end this far below its mount, against the mount's z axis [length].
+    void SetToolLength(double length) const;
 };
 
 /// A machine ready to be solved. Owns the tree, the streams and their chains.

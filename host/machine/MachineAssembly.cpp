@@ -257,8 +257,11 @@ class Assembly
         added.id = stream.id.value;
         added.tool = stream.tool.value;
         added.part = stream.part.value;
-        added.toolChain = ChainTo(stream.tool.value);
-        added.partChain = ChainTo(stream.part.value);
+        // A body of the stream's own: another stream may use the mount with another tool.
+        added.tip = &HangBody(*mounts.at(stream.tool.value),
+                              Wide("tip of stream " + std::to_string(added.id)), IkXformMat());
+        added.toolChain = ChainTo(*added.tip);
+        added.partChain = ChainTo(*mounts.at(stream.part.value));
 
         auto ikStream = std::make_unique<IkStream>();
         ikStream->SetId(added.id);
@@ -282,10 +285,10 @@ class Assembly
         loaded.streams.push_back(std::move(added));
     }
 
-    std::unique_ptr<IkChain> ChainTo(const std::string& mount) const
+    static std::unique_ptr<IkChain> ChainTo(IkNode& node)
     {
         auto chain = std::make_unique<IkChain>();
-        chain->FillFromBase2Node(mounts.at(mount));
+        chain->FillFromBase2Node(&node);
         return chain;
     }
 

@@ -62,6 +62,7 @@ class Interpreter
         : lengthUnit(wantedUnit), fileUnit(wantedUnit)
     {
         path.file = file;
+        path.operations.emplace_back();
     }
 
     Toolpath Read(AptStatementReader& statements)

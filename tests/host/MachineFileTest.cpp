@@ -163,7 +163,7 @@ TEST(MachineTree, UsesThePrincipalMotionsDirectly)
     EXPECT_EQ(AxisNamed(machine, "A").joint->GetJtPrimitive(), IkJoint::JtPrimRotX);
     EXPECT_EQ(AxisNamed(machine, "C").joint->GetJtPrimitive(), IkJoint::JtPrimRotZ);
     // base X Y Z spindle: nothing in between.
-    EXPECT_EQ(machine.streams.front().toolChain->Size(), 5);
+    EXPECT_EQ(machine.streams.front().toolChain->Size(), 6);
     // base A, the way back from its point, C through the origin, table.
     EXPECT_EQ(machine.streams.front().partChain->Size(), 5);
 }
@@ -174,7 +174,7 @@ TEST(MachineTree, ReversesAJointForANegativePrincipalDirection)
     const IkJoint& x = *AxisNamed(machine, "X").joint;
     EXPECT_EQ(x.GetJtPrimitive(), IkJoint::JtPrimTransX);
     EXPECT_TRUE(x.IsDirectionReversed());
-    EXPECT_EQ(machine.streams.front().toolChain->Size(), 5);
+    EXPECT_EQ(machine.streams.front().toolChain->Size(), 6);
     // The tool is at x = -10 of the machine; the part has not moved.
     ExpectNear(host::Column(PoseAt(machine, {{"X", 10.0}}), 3), {-10, 0, 100}, 1e-12);
 }
