@@ -7,21 +7,13 @@
 
 #include "geometry/Units.h"
 #include "geometry/Vec3.h"
-#include "text/InputError.h"
+#include "text/Located.h"
 
 // A machine as a file describes it, each value sound by itself; whether they fit together is for
 // the assembly to say. Everything stands in machine coordinates with all axes at zero; lengths are
 // in the machine's unit, angles in radians.
 namespace host
 {
-
-/// A value and where the file says it.
-template <class Value>
-struct Located
-{
-    Value value{};
-    TextPosition at;
-};
 
 struct Range
 {

@@ -11,10 +11,10 @@
 #include "machine/LoadedMachine.h"
 #include "machine/MachineAssembly.h"
 #include "machine/MachineFile.h"
-#include "machine/StrayCharacter.h"
 #include "support/Random.h"
 #include "text/InputError.h"
 #include "text/Numbers.h"
+#include "text/StrayCharacter.h"
 
 namespace
 {
@@ -460,7 +460,8 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"NotANumber", 10, "direction = [1, nan, 0]", 10, 17,
               "direction of axis \"X\" is not a finite number; write"},
         Fault{"InfiniteLimit", 11, "limits = [-300, inf]", 11, 17,
-              "limits of axis \"X\" is not a finite number; write unlimited = true"},
+              "limits of axis \"X\" is not a finite number; write for instance limits = "
+              "[-300, 300], or unlimited = true"},
         Fault{"InfinitePoint", 32, "point = [-inf, 0, 0]", 32, 10,
               "point of axis \"A\" is not a finite number"},
         Fault{"InfiniteInitial", 11, "limits = [-1, 1]\ninitial = nan", 12, 11,

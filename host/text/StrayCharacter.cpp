@@ -1,4 +1,4 @@
-#include "machine/StrayCharacter.h"
+#include "text/StrayCharacter.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
-#ifndef TRUNNION_HOST_MACHINE_TOML_TEXT_H
-#define TRUNNION_HOST_MACHINE_TOML_TEXT_H
+#ifndef TRUNNION_HOST_TEXT_TOML_TEXT_H
+#define TRUNNION_HOST_TEXT_TOML_TEXT_H
 
 #include <exception>
 #include <string>

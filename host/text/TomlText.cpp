@@ -1,8 +1,8 @@
-#include "machine/TomlText.h"
+#include "text/TomlText.h"
 
 #include <algorithm>
 
-#include "machine/StrayCharacter.h"
+#include "text/StrayCharacter.h"
 
 namespace host
 {
