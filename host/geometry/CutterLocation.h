@@ -25,8 +25,8 @@ struct Deviation
 };
 
 /// How far `tool` is from the straight way between two locations: from that place of the way for
-/// which the larger of position / `linear` and direction / `angle` is least. When the tool passes
-/// a place does not count, only whether it keeps to the way.
+/// which the larger of position / `linear` and direction / `angle` is least, found to a billionth
+/// of the two. When the tool passes a place does not count, only whether it keeps to the way.
 /// @param linear [length], @param angle [rad]: both greater than 0
 Deviation DeviationFrom(const CutterLocation& from, const CutterLocation& to,
                         const CutterLocation& tool, double linear, double angle);
