@@ -35,6 +35,20 @@ void RefuseOverwriting(const std::filesystem::path& output,
     }
 }
 
+MotionRow RowOf(std::size_t index, const ToolPoint& point, const std::optional<Reached>& reached)
+{
+    MotionRow row;
+    row.point = index;
+    row.asked = {point.position, point.direction};
+    row.flags.isRapid = point.isRapid;
+    row.flags.hasFailed = !reached;
+    if (reached) {
+        row.joints = reached->joints;
+        row.error = reached->error;
+    }
+    return row;
+}
+
 /// One run over a path.
 class Run
 {
@@ -71,7 +85,7 @@ class Run
     {
         const std::optional<Reached> reached = solver.Solve(point);
         summary.Add(point, reached);
-        file.Write(table.Row(done + 1, point, reached));
+        file.Write(table.Row(RowOf(done, point, reached), point.line));
         if (!reached) {
             progress.Clear();
             err << path.file << ":" << point.line << ": point " << done + 1

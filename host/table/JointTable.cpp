@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "table/RowFlagNames.h"
 #include "text/Numbers.h"
 
 namespace host
@@ -10,13 +11,15 @@ namespace host
 namespace
 {
 
-std::string Flags(bool isRapid, bool hasFailed)
+std::string Text(const RowFlags& flags)
 {
-    std::string flags = isRapid ? "rapid" : "";
-    if (hasFailed) {
-        flags += flags.empty() ? "failed" : "|failed";
+    std::string text;
+    for (const RowFlagName& flag : kRowFlagNames) {
+        if (flags.*flag.member) {
+            text += (text.empty() ? "" : "|") + std::string(flag.name);
+        }
     }
-    return flags;
+    return text;
 }
 
 } // namespace
@@ -34,17 +37,17 @@ std::string JointTable::Header() const
     return header + "pos_err,dir_err_deg,branch,flags\n";
 }
 
-std::string JointTable::Row(std::size_t number, const ToolPoint& point,
-                            const std::optional<Reached>& reached) const
+std::string JointTable::Row(const MotionRow& row, int line) const
 {
-    std::string row = std::to_string(number) + "," + std::to_string(point.line) + ",";
+    const bool hasValues = !row.flags.hasFailed;
+    std::string text = std::to_string(row.point + 1) + "," + std::to_string(line) + ",";
     for (std::size_t i = 0; i < axes.size(); ++i) {
-        row += (reached ? ShortestText(Shown(*axes[i], reached->joints[i], units)) : "") + ",";
+        text += (hasValues ? ShortestText(Shown(*axes[i], row.joints[i], units)) : "") + ",";
     }
-    row += (reached ? ShortestText(reached->error.position) : "") + ",";
-    row += (reached ? ShortestText(reached->error.direction_deg) : "") + ",";
-    row += ","; // a solve from the point before does not say on which branch it ends
-    return row + Flags(point.isRapid, !reached) + "\n";
+    text += (hasValues ? ShortestText(row.error.position) : "") + ",";
+    text += (hasValues ? ShortestText(row.error.direction_deg) : "") + ",";
+    text += (hasValues && row.branch > 0 ? std::to_string(row.branch) : "") + ",";
+    return text + Text(row.flags) + "\n";
 }
 
 } // namespace host

@@ -1,4 +1,5 @@
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -23,12 +24,14 @@ host::JointTable TableOf(const host::LoadedMachine& machine, AngleUnit angle)
     return {machine.AxesOf(machine.streams.front()), {machine.length, angle}};
 }
 
-host::ToolPoint PointOnLine(int line, bool isRapid)
+host::MotionRow RowAt(std::size_t point, const std::vector<double>& joints,
+                      const host::PoseError& error = {})
 {
-    host::ToolPoint point;
-    point.line = line;
-    point.isRapid = isRapid;
-    return point;
+    host::MotionRow row;
+    row.point = point;
+    row.joints = joints;
+    row.error = error;
+    return row;
 }
 
 TEST(JointTable, NamesItsColumnsWithTheirUnits)
@@ -52,8 +55,8 @@ TEST(JointTable, LeavesOutAxesThatTheStreamDoesNotMove)
 TEST(JointTable, WritesNumbersThatReadBackAsTheSame)
 {
     const host::LoadedMachine machine = Load(test::MillText());
-    const host::Reached reached{{0.1, -2.5, 1.0 / 3.0, -0.5, 0.0}, {1.25e-5, 3e-7}};
-    EXPECT_EQ(TableOf(machine, AngleUnit::Radian).Row(1, PointOnLine(17, false), reached),
+    const host::MotionRow row = RowAt(0, {0.1, -2.5, 1.0 / 3.0, -0.5, 0.0}, {1.25e-5, 3e-7});
+    EXPECT_EQ(TableOf(machine, AngleUnit::Radian).Row(row, 17),
               "1,17,0.1,-2.5,0.3333333333333333,-0.5,0,1.25e-05,3e-07,,\n");
 }
 
@@ -61,20 +64,67 @@ TEST(JointTable, TurnsRotaryJointsIntoDegreesAndLeavesLengths)
 {
     const host::LoadedMachine machine = Load(test::MillText());
     // pi/2 and a quarter of pi as the nearest doubles; both come out exact.
-    const host::Reached reached{{90.0, 0.0, 0.0, -1.5707963267948966, 0.7853981633974483},
-                                {0.0, 0.0}};
-    EXPECT_EQ(TableOf(machine, AngleUnit::Degree).Row(2, PointOnLine(3, false), reached),
-              "2,3,90,0,0,-90,45,0,0,,\n");
+    const host::MotionRow row = RowAt(1, {90.0, 0.0, 0.0, -1.5707963267948966, 0.7853981633974483});
+    EXPECT_EQ(TableOf(machine, AngleUnit::Degree).Row(row, 3), "2,3,90,0,0,-90,45,0,0,,\n");
 }
 
-TEST(JointTable, FlagsRapidAndFailedPoints)
+TEST(JointTable, ShowsTheAxesThatItIsMadeOfInTheirOrder)
+{
+    const host::LoadedMachine machine = Load(test::MillText());
+    const host::JointTable table({&machine.axes[4], &machine.axes[0]},
+                                 {machine.length, AngleUnit::Radian});
+    EXPECT_EQ(table.Header(), "n,line,C_rad,X_mm,pos_err,dir_err_deg,branch,flags\n");
+    EXPECT_EQ(table.Row(RowAt(0, {1.5, 20}), 1), "1,1,1.5,20,0,0,,\n");
+}
+
+TEST(JointTable, NumbersPointsAndBranchesFromOne)
 {
     const host::LoadedMachine machine = Load(test::MillText());
     const host::JointTable table = TableOf(machine, AngleUnit::Degree);
-    const host::Reached reached{{1, 2, 3, 0, 0}, {0.0, 0.0}};
-    EXPECT_EQ(table.Row(1, PointOnLine(5, true), reached), "1,5,1,2,3,0,0,0,0,,rapid\n");
-    EXPECT_EQ(table.Row(2, PointOnLine(6, false), std::nullopt), "2,6,,,,,,,,,failed\n");
-    EXPECT_EQ(table.Row(3, PointOnLine(7, true), std::nullopt), "3,7,,,,,,,,,rapid|failed\n");
+    host::MotionRow row = RowAt(40000, {1, 2, 3, 0, 0});
+    EXPECT_EQ(table.Row(row, 52000), "40001,52000,1,2,3,0,0,0,0,,\n");
+    row.branch = 2;
+    EXPECT_EQ(table.Row(row, 52000), "40001,52000,1,2,3,0,0,0,0,2,\n");
+}
+
+TEST(JointTable, ListsFlagsInAFixedOrder)
+{
+    const host::LoadedMachine machine = Load(test::MillText());
+    const host::JointTable table = TableOf(machine, AngleUnit::Degree);
+    const auto flagsOf = [&](const host::RowFlags& flags) {
+        host::MotionRow row = RowAt(0, {1, 2, 3, 0, 0});
+        row.flags = flags;
+        const std::string text = table.Row(row, 5);
+        const std::string others = "1,5,1,2,3,0,0,0,0,,";
+        EXPECT_EQ(text.substr(0, others.size()), others);
+        return text.substr(others.size());
+    };
+    host::RowFlags flags;
+    EXPECT_EQ(flagsOf(flags), "\n");
+    flags.isAtLimit = true;
+    EXPECT_EQ(flagsOf(flags), "limit\n");
+    flags.isPole = true;
+    EXPECT_EQ(flagsOf(flags), "pole|limit\n");
+    flags.isRewind = true;
+    EXPECT_EQ(flagsOf(flags), "rewind|pole|limit\n");
+    flags.isFlip = true;
+    EXPECT_EQ(flagsOf(flags), "flip|rewind|pole|limit\n");
+    flags.isInserted = true;
+    EXPECT_EQ(flagsOf(flags), "inserted|flip|rewind|pole|limit\n");
+    flags.isRapid = true;
+    EXPECT_EQ(flagsOf(flags), "rapid|inserted|flip|rewind|pole|limit\n");
+}
+
+TEST(JointTable, LeavesTheCellsOfAFailedRowEmpty)
+{
+    const host::LoadedMachine machine = Load(test::MillText());
+    const host::JointTable table = TableOf(machine, AngleUnit::Degree);
+    host::MotionRow row = RowAt(1, {}, {0.5, 0.5});
+    row.branch = 1;
+    row.flags.hasFailed = true;
+    EXPECT_EQ(table.Row(row, 6), "2,6,,,,,,,,,failed\n");
+    row.flags.isRapid = true;
+    EXPECT_EQ(table.Row(row, 7), "2,7,,,,,,,,,rapid|failed\n");
 }
 
 } // namespace
