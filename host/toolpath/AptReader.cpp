@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
-#include <set>
+#include <optional>
 #include <string_view>
 
 #include "text/InputFile.h"
 #include "text/LineReader.h"
-#include "text/Numbers.h"
 #include "text/Quoted.h"
 #include "toolpath/AptStatement.h"
+#include "toolpath/AptWords.h"
+#include "toolpath/MovedFrame.h"
+#include "toolpath/PathBuilder.h"
+#include "toolpath/PathText.h"
 
 namespace host
 {
@@ -18,52 +21,27 @@ namespace host
 namespace
 {
 
-constexpr TextBounds kBounds{1024UL * 1024 * 1024, 4096};
-constexpr double kLargestNumber = 1e12; // its square and its conversion are still finite
-constexpr Vec3 kUpright{0.0, 0.0, 1.0};
-
-/// Statements that move nothing.
-bool IsInert(const std::string& word)
+/// Something to warn of once, however often it occurs.
+struct Recurrence
 {
-    static const std::set<std::string, std::less<>> words{
-        "COOLNT", "CUTTER",  "DELAY",  "END",    "END-OF-PATH", "INTOL",  "LOADTL",
-        "MACHIN", "OPNAME",  "OPSTOP", "OUTTOL", "PAINT",       "PARTNO", "PPRINT",
-        "REMARK", "SELECTL", "SPINDL", "STOP",   "TLDATA",      "TOLER",  "TOOL PATH"};
-    // These carry text, which may follow after a mere blank.
-    static const std::set<std::string, std::less<>> textWords{"PARTNO", "PPRINT", "REMARK"};
-    return words.find(word) != words.end() ||
-           textWords.find(word.substr(0, word.find(' '))) != textWords.end();
-}
+    std::uint64_t count{0};
+    TextPosition first;
 
-struct FeedUnit
-{
-    std::optional<LengthUnit> length; //!< nothing: the file's
-    FeedPer per;
+    void AddAt(TextPosition at)
+    {
+        if (count++ == 0) {
+            first = at;
+        }
+    }
 };
-
-const FeedUnit* FindFeedUnit(const std::string& word)
-{
-    static const std::map<std::string, FeedUnit, std::less<>> units{
-        {"MMPM", {LengthUnit::Millimetre, FeedPer::Minute}},
-        {"MMPR", {LengthUnit::Millimetre, FeedPer::Revolution}},
-        {"IPM", {LengthUnit::Inch, FeedPer::Minute}},
-        {"IPR", {LengthUnit::Inch, FeedPer::Revolution}},
-        {"PERMIN", {std::nullopt, FeedPer::Minute}},
-        {"PERREV", {std::nullopt, FeedPer::Revolution}}};
-    const auto found = units.find(word);
-    return found == units.end() ? nullptr : &found->second;
-}
 
 /// Takes the statements one by one and keeps what holds from one to the next.
 class Interpreter
 {
   public:
     Interpreter(const std::string& file, LengthUnit wantedUnit)
-        : lengthUnit(wantedUnit), fileUnit(wantedUnit)
-    {
-        path.file = file;
-        path.operations.emplace_back();
-    }
+        : path(file), lengthUnit(wantedUnit), fileUnit(wantedUnit)
+    {}
 
     Toolpath Read(AptStatementReader& statements)
     {
@@ -71,85 +49,110 @@ class Interpreter
         while (statements.Next(statement) && statement.word != "FINI") {
             Take(statement);
         }
-        if (path.points.empty()) {
-            Refuse({1, 1}, "there is no GOTO in this file, so there is nothing to do; "
+        WarnOfRecurrences();
+        return path.Finish("there is no GOTO in this file, so there is nothing to do; "
                            "is it a cutter-location file?");
-        }
-        WarnOfIgnoredVectors();
-        return std::move(path);
     }
 
   private:
     using Argument = AptStatement::Argument;
     using Handler = void (Interpreter::*)(const AptStatement&);
 
-    [[noreturn]] void Refuse(TextPosition at, const std::string& sentence) const
-    {
-        throw InputError(path.file, at, sentence);
-    }
-
     void Take(const AptStatement& statement)
     {
         static const std::map<std::string, Handler, std::less<>> handlers{
             {"GOTO", &Interpreter::TakeGoto},
+            {"FROM", &Interpreter::TakeFrom},
             {"RAPID", &Interpreter::TakeRapid},
             {"FEDRAT", &Interpreter::TakeFeed},
             {"UNITS", &Interpreter::TakeUnits},
-            {"MULTAX", &Interpreter::TakeMultax}};
+            {"MULTAX", &Interpreter::TakeMultax},
+            {"MSYS", &Interpreter::TakeFrame},
+            {"TOOL PATH", &Interpreter::TakeToolPath},
+            {"END-OF-PATH", &Interpreter::TakeEndOfPath},
+            {"LOADTL", &Interpreter::TakeLoadTool},
+            {"LOAD", &Interpreter::TakeLoad},
+            {"TLDATA", &Interpreter::TakeToolData}};
         const auto handler = handlers.find(statement.word);
         if (handler != handlers.end()) {
             (this->*handler->second)(statement);
-        } else if (!IsInert(statement.word)) {
-            RefuseUnknown(statement);
+        } else if (!IsAptInert(statement)) {
+            path.Refuse(statement.at, WhyAptRefused(statement));
+        } else if (IsAptText(statement) && statement.next.line != 0) {
+            path.Refuse(statement.next, "this line is taken for text, since the one before ends in "
+                                        "a $; take the $ out, or put the text on one line");
         }
     }
 
-    [[noreturn]] void RefuseUnknown(const AptStatement& statement) const
-    {
-        if (statement.word.empty()) {
-            Refuse(statement.at, "a statement begins with a word, as in GOTO/x,y,z; add it");
-        }
-        Refuse(statement.at, Quoted(statement.word) +
-                                 " is not understood, and it may move the tool; have "
-                                 "the points written as GOTO, or take it out if it "
-                                 "moves nothing");
-    }
+    // Points -----------------------------------------------------------------------------------
 
     void TakeGoto(const AptStatement& statement)
     {
+        ToolPoint point;
+        point.position = TakeLocation(statement);
+        point.line = statement.at.line;
+        point.direction = direction;
+        point.isRapid = isRapid;
+        point.feed = feed;
+        NoteChangeOfTool();
+        path.Add(point);
+        isRapid = false;
+        isLengthFresh = false;
+    }
+
+    /// Where the tool starts is no motion: only its vector holds on.
+    void TakeFrom(const AptStatement& statement)
+    {
+        if (!path.IsAtStart()) {
+            path.Refuse(statement.at, "FROM tells where the tool starts, and here it is under way; "
+                                      "make it a GOTO if the tool moves there");
+        }
+        TakeLocation(statement);
+    }
+
+    /// The position, in part coordinates, after taking note of the vector.
+    Vec3 TakeLocation(const AptStatement& statement)
+    {
         const std::size_t count = statement.arguments.size();
         if (count != 3 && count != 6) {
-            Refuse(statement.at,
-                   "GOTO has " + std::to_string(count) + " numbers; it takes x,y,z or x,y,z,i,j,k");
+            path.Refuse(statement.at, statement.word + " has " + std::to_string(count) +
+                                          " numbers; it takes x,y,z or x,y,z,i,j,k");
         }
         if (count == 6) {
             TakeVector(statement);
         }
-        const Vec3 position = Triple(statement, 0);
-        ToolPoint point;
-        point.line = statement.at.line;
-        std::transform(position.begin(), position.end(), point.position.begin(),
-                       [this](double x) { return Converted(x, fileUnit, lengthUnit); });
-        point.direction = direction;
-        point.isRapid = isRapid;
-        point.feed = feed;
-        path.points.push_back(point);
-        isRapid = false;
+        if (isVectorTurned) {
+            path.Refuse(statement.at, "the tool vector was given before MSYS turned the axes; give "
+                                      "it again here");
+        }
+        return frame.Position(Lengths(Triple(statement, 0)));
     }
 
     void TakeVector(const AptStatement& statement)
     {
-        const auto vector = Normalised(Triple(statement, 3));
-        if (!vector) {
-            Refuse(statement.arguments[3].at,
-                   "the tool vector has no length; give its direction as i,j,k");
+        const TextPosition at = statement.arguments[3].at;
+        const Vec3 vector = PathDirection(path.File(), at, Triple(statement, 3));
+        if (!isMultiAxis) {
+            ignoredVectors.AddAt(at);
+            return;
         }
-        if (isMultiAxis) {
-            direction = *vector;
-        } else if (ignoredVectors++ == 0) {
-            firstIgnoredVector = statement.arguments[3].at;
-        }
+        givenDirection = vector;
+        direction = frame.Direction(vector);
+        isVectorGiven = true;
+        isVectorTurned = false;
     }
+
+    /// The length of the tool before is kept where the file gives no other.
+    void NoteChangeOfTool()
+    {
+        if (path.IsAtStart() && !path.IsEmpty() && !isLengthFresh &&
+            path.Next().toolNumber != lastTool && path.Next().toolLength) {
+            keptLengths.AddAt(loadedAt);
+        }
+        lastTool = path.Next().toolNumber;
+    }
+
+    // Motion and coordinates -------------------------------------------------------------------
 
     void TakeRapid(const AptStatement& statement)
     {
@@ -160,9 +163,9 @@ class Interpreter
     void TakeFeed(const AptStatement& statement)
     {
         const Argument* number = nullptr;
-        const FeedUnit* unit = nullptr;
+        const AptFeedUnit* unit = nullptr;
         for (const Argument& argument : statement.arguments) {
-            if (const FeedUnit* const named = FindFeedUnit(argument.text)) {
+            if (const AptFeedUnit* const named = FindAptFeedUnit(argument.text)) {
                 RefuseSecond(unit != nullptr, argument);
                 unit = named;
             } else {
@@ -171,24 +174,22 @@ class Interpreter
             }
         }
         if (number == nullptr) {
-            Refuse(statement.at, "FEDRAT has no number; write it as FEDRAT/300,MMPM");
-        }
-        const double value = Number(*number);
-        if (!(value > 0.0)) {
-            Refuse(number->at, "a feed is greater than 0; correct it");
+            path.Refuse(statement.at, "FEDRAT has no number; write it as FEDRAT/300,MMPM");
         }
         if (unit != nullptr) {
             feedUnit = *unit;
         }
-        feed = Feed{Converted(value, feedUnit.length.value_or(fileUnit), lengthUnit), feedUnit.per};
+        const double value =
+            Converted(Number(*number), feedUnit.length.value_or(fileUnit), lengthUnit);
+        feed = Feed{PathFeed(path.File(), number->at, value), feedUnit.per};
     }
 
     void RefuseSecond(bool isSecond, const Argument& argument) const
     {
         if (isSecond) {
-            Refuse(argument.at, Quoted(argument.text) +
-                                    " does not belong here; FEDRAT takes one number "
-                                    "and one of MMPM, MMPR, IPM, IPR, PERMIN, PERREV");
+            path.Refuse(argument.at, Quoted(argument.text) +
+                                         " does not belong here; FEDRAT takes one number "
+                                         "and one of MMPM, MMPR, IPM, IPR, PERMIN, PERREV");
         }
     }
 
@@ -207,6 +208,101 @@ class Interpreter
                               "MULTAX takes ON or OFF");
     }
 
+    void TakeFrame(const AptStatement& statement)
+    {
+        constexpr std::size_t kNumbers = 9;
+        if (statement.arguments.size() != kNumbers) {
+            path.Refuse(statement.at, "MSYS has " + std::to_string(statement.arguments.size()) +
+                                          " numbers; it takes an origin and two axes, "
+                                          "x,y,z,i1,j1,k1,i2,j2,k2");
+        }
+        frame.origin = Lengths(Triple(statement, 0));
+        frame.x = FrameAxis(statement, 3);
+        const Vec3 second = FrameAxis(statement, 6);
+        const auto third = Normalised(Cross(frame.x, second));
+        if (!third || std::fabs(Dot(frame.x, second)) > kFrameSlack) {
+            path.Refuse(statement.arguments[6].at, "the two axes of MSYS are not at right angles; "
+                                                   "correct them");
+        }
+        frame.z = *third;
+        frame.y = Cross(frame.z, frame.x);
+        NoteTurnOfFrame();
+    }
+
+    Vec3 FrameAxis(const AptStatement& statement, std::size_t first) const
+    {
+        const Vec3 axis = Triple(statement, first);
+        if (!(std::fabs(Length(axis) - 1.0) <= kFrameSlack)) {
+            path.Refuse(statement.arguments[first].at,
+                        "an axis of MSYS is a direction of length 1; correct it");
+        }
+        return Normalised(axis).value_or(axis);
+    }
+
+    /// Without vector the tool stands along z of the new frame. A vector given before could be
+    /// meant in either, which only matters when that makes a difference.
+    void NoteTurnOfFrame()
+    {
+        constexpr double kSame = 1e-6; // [rad], what six decimals of a vector come to
+        const Vec3 turned = frame.Direction(givenDirection);
+        isVectorTurned = isVectorGiven && AngleBetween(turned, direction) > kSame;
+        direction = isVectorGiven ? direction : turned;
+    }
+
+    // Operations and tools ---------------------------------------------------------------------
+
+    void TakeToolPath(const AptStatement& statement)
+    {
+        std::string_view name;
+        if (!statement.arguments.empty()) {
+            name = statement.arguments[0].written;
+        }
+        if (name.size() > 1 && name.front() == '\'' && name.back() == '\'') {
+            name = name.substr(1, name.size() - 2);
+        }
+        path.BeginOperation(name, statement.at.line);
+    }
+
+    void TakeEndOfPath(const AptStatement& /*statement*/) { path.EndOperation(); }
+
+    void TakeLoadTool(const AptStatement& statement) { LoadTool(statement, 0); }
+
+    void TakeLoad(const AptStatement& statement)
+    {
+        const bool isTool = !statement.arguments.empty() && statement.arguments[0].text == "TOOL";
+        RefuseArgumentsUnless(isTool, statement, "LOAD takes TOOL and its number");
+        LoadTool(statement, 1);
+    }
+
+    void LoadTool(const AptStatement& statement, std::size_t number)
+    {
+        if (statement.arguments.size() <= number) {
+            path.Refuse(statement.at, statement.word + " has no number; write the tool's");
+        }
+        const Argument& tool = statement.arguments[number];
+        path.SetToolNumber(PathToolNumber(path.File(), tool.at, tool.text), statement.at.line);
+        loadedAt = statement.at;
+    }
+
+    void TakeToolData(const AptStatement& statement)
+    {
+        constexpr std::size_t kLength = 3; // behind the form, the diameter and the corner's radius
+        std::optional<double> length;
+        if (statement.arguments.size() > kLength && statement.arguments[0].text == "MILL") {
+            length = Lengths(Triple(statement, 1))[2];
+            if (!(*length > 0.0)) {
+                path.Refuse(statement.arguments[kLength].at,
+                            "the length of a tool is greater than 0; correct it");
+            }
+        } else {
+            unknownTools.AddAt(statement.at);
+        }
+        path.SetToolLength(length, statement.at.line);
+        isLengthFresh = true;
+    }
+
+    // Arguments --------------------------------------------------------------------------------
+
     static bool HasOnlyArgument(const AptStatement& statement,
                                 std::initializer_list<std::string_view> choices)
     {
@@ -219,22 +315,14 @@ class Interpreter
                                const std::string& rule) const
     {
         if (!isGood) {
-            Refuse(statement.arguments.empty() ? statement.at : statement.arguments[0].at,
-                   rule + "; correct this statement");
+            path.Refuse(statement.arguments.empty() ? statement.at : statement.arguments[0].at,
+                        rule + "; correct this statement");
         }
     }
 
     double Number(const Argument& argument) const
     {
-        const auto value = ParseNumber(argument.text);
-        if (!value) {
-            Refuse(argument.at,
-                   Quoted(argument.text) + " is not a number; write it like 12.5 or -1.0E-3");
-        }
-        if (std::fabs(*value) > kLargestNumber) {
-            Refuse(argument.at, Quoted(argument.text) + " is beyond any machine; correct it");
-        }
-        return *value;
+        return PathNumber(path.File(), argument.at, argument.text);
     }
 
     Vec3 Triple(const AptStatement& statement, std::size_t first) const
@@ -243,35 +331,61 @@ class Interpreter
                 Number(statement.arguments[first + 2])};
     }
 
-    void WarnOfIgnoredVectors()
+    Vec3 Lengths(const Vec3& inFile) const
     {
-        if (ignoredVectors > 0) {
-            path.warnings.push_back(
-                path.file + ":" + std::to_string(firstIgnoredVector.line) + ":" +
-                std::to_string(firstIgnoredVector.column) +
-                ": warning: tool vectors after MULTAX/OFF are ignored, " +
-                std::to_string(ignoredVectors) +
-                " in all and the first of them here; put MULTAX/ON before them if they count");
+        Vec3 lengths{};
+        std::transform(inFile.begin(), inFile.end(), lengths.begin(),
+                       [this](double x) { return Converted(x, fileUnit, lengthUnit); });
+        return lengths;
+    }
+
+    // Warnings ---------------------------------------------------------------------------------
+
+    void WarnOfRecurrences()
+    {
+        Warn(ignoredVectors, "tool vectors after MULTAX/OFF are ignored",
+             "put MULTAX/ON before them if they count");
+        Warn(unknownTools, "TLDATA of other forms than MILL,d,r,length tell no tool length",
+             "the operations from there on have none");
+        Warn(keptLengths, "tools are loaded without TLDATA for them",
+             "they are taken to be as long as the tool before");
+    }
+
+    void Warn(const Recurrence& what, const std::string& fact, const std::string& advice)
+    {
+        if (what.count > 0) {
+            path.Warn(what.first, fact + ", " + std::to_string(what.count) +
+                                      " in all and the first of them here; " + advice);
         }
     }
 
-    Toolpath path;
+    static constexpr double kFrameSlack = 1e-3; // what files round
+
+    PathBuilder path;
     const LengthUnit lengthUnit;
     LengthUnit fileUnit;
-    Vec3 direction{kUpright};
+    MovedFrame frame;
+    Vec3 givenDirection{kUpright}; // in the frame that held when it was given
+    Vec3 direction{kUpright};      // in part coordinates
+    bool isVectorGiven{false};
+    bool isVectorTurned{false}; // the frame was turned since it was given
     bool isMultiAxis{true};
     bool isRapid{false}; // good for one GOTO
     std::optional<Feed> feed;
-    FeedUnit feedUnit{std::nullopt, FeedPer::Minute};
-    std::uint64_t ignoredVectors{0};
-    TextPosition firstIgnoredVector;
+    AptFeedUnit feedUnit;
+    std::optional<int> lastTool;
+    TextPosition loadedAt;
+    bool isLengthFresh{false}; // TLDATA came since the last point
+    Recurrence ignoredVectors;
+    Recurrence unknownTools;
+    Recurrence keptLengths;
 };
 
 } // namespace
 
 Toolpath ReadApt(std::istream& in, const std::string& file, LengthUnit lengthUnit)
 {
-    LineReader lines(in, file, kBounds);
+    LineReader lines(in, file, kPathBounds);
     AptStatementReader statements(lines);
     return Interpreter(file, lengthUnit).Read(statements);
 }

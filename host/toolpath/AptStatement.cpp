@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "toolpath/PathText.h"
+
 namespace host
 {
 
@@ -10,30 +12,6 @@ namespace
 {
 
 constexpr std::size_t kMaxLines = 100; // of one statement
-
-bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
-
-char Capital(char c)
-{
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-std::string_view WithoutTrailingBlanks(std::string_view text)
-{
-    while (!text.empty() && IsBlank(text.back())) {
-        text.remove_suffix(1);
-    }
-    return text;
-}
-
-std::size_t LeadingBlanks(std::string_view text)
-{
-    const auto* const end = std::find_if_not(text.begin(), text.end(), IsBlank);
-    return static_cast<std::size_t>(end - text.begin());
-}
 
 /// In capitals, runs of blanks as one.
 std::string Normal(std::string_view text)
@@ -62,13 +40,16 @@ bool AptStatementReader::Next(AptStatement& statement)
     statement.at = PositionOf(start);
     statement.word = Normal(WithoutTrailingBlanks(all.substr(start, slash - start)));
     statement.hasSlash = slash != std::string_view::npos;
+    statement.next = pieces.size() > 1 ? TextPosition{pieces[1].line, 1} : TextPosition{};
     statement.arguments.clear();
     for (std::size_t next = slash; next != std::string_view::npos;) {
         const std::size_t from = next + 1;
         next = all.find(',', from);
         const std::string_view argument = WithoutTrailingBlanks(all.substr(from, next - from));
         const std::size_t blanks = LeadingBlanks(argument);
-        statement.arguments.push_back({Normal(argument.substr(blanks)), PositionOf(from + blanks)});
+        const std::string_view written = argument.substr(blanks);
+        statement.arguments.push_back(
+            {Normal(written), std::string(written), PositionOf(from + blanks)});
     }
     return true;
 }

@@ -16,13 +16,15 @@ struct AptStatement
 {
     struct Argument
     {
-        std::string text; //!< without blanks around it, in capitals
+        std::string text;    //!< without blanks around it, in capitals
+        std::string written; //!< without blanks around it, as the file has it
         TextPosition at;
     };
 
     std::string word; //!< in capitals, blanks inside it single
     TextPosition at;
     bool hasSlash{false};
+    TextPosition next; //!< where its second line begins; line 0 for a statement on one line
     std::vector<Argument> arguments;
 };
 

@@ -1,10 +1,15 @@
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "geometry/Units.h"
 #include "text/InputError.h"
+#include "text/Numbers.h"
 #include "toolpath/AptReader.h"
 
 namespace
@@ -170,6 +175,239 @@ TEST(AptReader, HasNothingToWarnOfOtherwise)
     EXPECT_TRUE(Read("MULTAX/OFF\nGOTO/1,0,0\n").warnings.empty());
 }
 
+// Where the tool starts ----------------------------------------------------------------------
+
+TEST(AptReader, TakesTheVectorOfFromButNoPoint)
+{
+    const Toolpath path = Read("RAPID\nFROM/0,0,100,0,3,4\nGOTO/1,2,3\n");
+    ASSERT_EQ(path.points.size(), 1U);
+    ExpectVec(path.points[0].position, {1, 2, 3});
+    ExpectVec(path.points[0].direction, {0, 0.6, 0.8});
+    EXPECT_TRUE(path.points[0].isRapid);
+    EXPECT_EQ(Read("GOTO/1,2,3\nLOADTL/2\nFROM/0,0,100\nGOTO/1,2,3\n").points.size(), 2U);
+}
+
+TEST(AptReader, RefusesAStartOnTheWay)
+{
+    EXPECT_EQ(FaultOf("GOTO/1,2,3\nFROM/0,0,100\n"),
+              "part.cl:2:1: FROM tells where the tool starts, and here it is under way; make it a "
+              "GOTO if the tool moves there");
+    EXPECT_EQ(FaultOf("FROM/0,0\n"),
+              "part.cl:1:1: FROM has 2 numbers; it takes x,y,z or x,y,z,i,j,k");
+}
+
+// Operations ---------------------------------------------------------------------------------
+
+using Names = std::vector<std::string>;
+
+/// "name tool length @line +firstPoint" of each operation, with - for what is not known.
+Names Operations(const std::string& text, LengthUnit unit = LengthUnit::Millimetre)
+{
+    const Toolpath path = Read(text, unit);
+    Names all;
+    for (const host::Operation& operation : path.operations) {
+        all.push_back(operation.name + " " +
+                      (operation.toolNumber ? std::to_string(*operation.toolNumber) : "-") + " " +
+                      (operation.toolLength ? host::ShortestText(*operation.toolLength) : "-") +
+                      " @" + std::to_string(operation.line) + " +" +
+                      std::to_string(operation.firstPoint));
+    }
+    return all;
+}
+
+/// The operation of each point.
+std::vector<int> OperationOfPoints(const std::string& text)
+{
+    const Toolpath path = Read(text);
+    std::vector<int> all;
+    std::transform(path.points.begin(), path.points.end(), std::back_inserter(all),
+                   [](const ToolPoint& point) { return point.operation; });
+    return all;
+}
+
+TEST(AptReader, HasOneOperationWithoutNameWhereNoneIsGiven)
+{
+    EXPECT_EQ(Operations("UNITS/MM\n\nGOTO/1,2,3\nGOTO/1,2,3\n"), (Names{" - - @3 +0"}));
+}
+
+TEST(AptReader, BeginsAnOperationAtEachToolPath)
+{
+    const std::string text = "TOOL PATH/Rough 1,TOOL,MILL_10\nGOTO/1,2,3\nGOTO/1,2,3\n"
+                             "END-OF-PATH\ntool  path/'Finish',TOOL,BALL_6\nGOTO/1,2,3\n";
+    EXPECT_EQ(Operations(text), (Names{"Rough 1 - - @1 +0", "Finish - - @5 +2"}));
+    EXPECT_EQ(OperationOfPoints(text), (std::vector<int>{0, 0, 1}));
+}
+
+TEST(AptReader, TakesWhatStandsBeforeTheFirstPointForOneOperation)
+{
+    const std::string tool = "LOADTL/3\n";
+    const std::string name = "TOOL PATH/A,TOOL,T\n";
+    const std::string data = "TLDATA/MILL,10.0,0.0,50.0,0.0,0.0\n";
+    const std::string points = "GOTO/1,2,3\n";
+    const Names one{"A 3 50 @1 +0"};
+    EXPECT_EQ(Operations(tool + name + data + points), one);
+    EXPECT_EQ(Operations(name + data + tool + points), one);
+    EXPECT_EQ(Operations(data + tool + name + points), one);
+    const Names two{" - - @1 +0", "A 3 50 @2 +1"};
+    EXPECT_EQ(Operations(points + tool + name + data + points), two);
+    EXPECT_EQ(Operations(points + name + data + tool + points), two);
+    EXPECT_EQ(Operations(points + data + tool + name + points), two);
+}
+
+TEST(AptReader, KeepsNoOperationWithoutPoints)
+{
+    EXPECT_EQ(Operations("TOOL PATH/A\nEND-OF-PATH\nTOOL PATH/B\nTOOL PATH/C\nGOTO/1,2,3\n"
+                         "LOADTL/1\nTOOL PATH/D\nEND-OF-PATH\nLOADTL/2\n"),
+              (Names{"C - - @4 +0"}));
+}
+
+TEST(AptReader, BeginsAnOperationAtEachToolThatIsLoadedOnTheWay)
+{
+    EXPECT_EQ(Operations("LOADTL/1\nGOTO/1,2,3\nLOADTL/2,ADJUST,2\nGOTO/1,2,3\n"
+                         "Load/Tool,7,ADJUST,7\nGOTO/1,2,3\n"),
+              (Names{" 1 - @1 +0", " 2 - @3 +1", " 7 - @5 +2"}));
+    EXPECT_EQ(Operations("TOOL PATH/A\nLOADTL/1\nGOTO/1,2,3\nLOADTL/2\nGOTO/1,2,3\n"),
+              (Names{"A 1 - @1 +0", "A 2 - @4 +1"}));
+}
+
+TEST(AptReader, EndsAnOperationAtEndOfPath)
+{
+    EXPECT_EQ(Operations("TOOL PATH/A\nLOADTL/1\nGOTO/1,2,3\nEND-OF-PATH\nRAPID\nGOTO/1,2,3\n"),
+              (Names{"A 1 - @1 +0", " 1 - @6 +1"}));
+}
+
+TEST(AptReader, KeepsTheLengthOfTheToolUntilTheNext)
+{
+    EXPECT_EQ(Operations("TLDATA/MILL,10,0,50,0,0\nGOTO/1,2,3\nTOOL PATH/A\nGOTO/1,2,3\n"
+                         "TLDATA/MILL,8,0,50.0,0,0\nGOTO/1,2,3\n"
+                         "TLDATA/MILL,8,0,60,0,0\nGOTO/1,2,3\n"),
+              (Names{" - 50 @1 +0", "A - 50 @3 +1", "A - 60 @7 +3"}));
+}
+
+TEST(AptReader, ConvertsTheLengthOfTheTool)
+{
+    EXPECT_EQ(Operations("UNITS/INCH\nTLDATA/mill,0.5,0,4\nGOTO/1,2,3\n"),
+              (Names{" - 101.6 @2 +0"}));
+    EXPECT_EQ(Operations("UNITS/MM\nTLDATA/MILL,12,0,50.8\nGOTO/1,2,3\n", LengthUnit::Inch),
+              (Names{" - 2 @2 +0"}));
+}
+
+TEST(AptReader, LeavesTheLengthUnknownForOtherFormsOfToolData)
+{
+    const std::string text = "TLDATA/MILL,10,0,50\nGOTO/1,2,3\nTLDATA/DRILL,10,118,60,0,0\n"
+                             "GOTO/1,2,3\nTLDATA/TURN,INSERT,4\nGOTO/1,2,3\n TLDATA/MILL,10,0\n"
+                             "GOTO/1,2,3\n";
+    EXPECT_EQ(Operations(text), (Names{" - 50 @1 +0", " - - @3 +1"}));
+    EXPECT_EQ(Read(text).warnings,
+              (Names{"part.cl:3:1: warning: TLDATA of other forms than MILL,d,r,length tell no "
+                     "tool length, 3 in all and the first of them here; the operations from there "
+                     "on have none"}));
+}
+
+TEST(AptReader, WarnsOfAToolWhoseLengthIsThatOfTheToolBefore)
+{
+    const std::string text = "TLDATA/MILL,10,0,50\nLOADTL/1\nGOTO/1,2,3\nLOADTL/1\nGOTO/1,2,3\n"
+                             "LOADTL/2\nGOTO/1,2,3\nTLDATA/MILL,8,0,50\nLOADTL/3\nGOTO/1,2,3\n";
+    EXPECT_EQ(Operations(text),
+              (Names{" 1 50 @1 +0", " 1 50 @4 +1", " 2 50 @6 +2", " 3 50 @9 +3"}));
+    EXPECT_EQ(Read(text).warnings,
+              (Names{"part.cl:6:1: warning: tools are loaded without TLDATA for them, 1 in all and "
+                     "the first of them here; they are taken to be as long as the tool before"}));
+}
+
+TEST(AptReader, RefusesToolsWithoutNumberOrLength)
+{
+    const std::string rule = " is not a tool's number; write a whole one like 12";
+    EXPECT_EQ(FaultOf("LOADTL\n"), "part.cl:1:1: LOADTL has no number; write the tool's");
+    EXPECT_EQ(FaultOf("LOADTL/ 1.5\n"), "part.cl:1:9: \"1.5\"" + rule);
+    EXPECT_EQ(FaultOf("LOADTL/-1\n"), "part.cl:1:8: \"-1\"" + rule);
+    EXPECT_EQ(FaultOf("LOADTL/99999999999\n"), "part.cl:1:8: \"99999999999\"" + rule);
+    EXPECT_EQ(FaultOf("LOAD/TOOL,T1\n"), "part.cl:1:11: \"T1\"" + rule);
+    EXPECT_EQ(FaultOf("LOAD/TOOL\n"), "part.cl:1:1: LOAD has no number; write the tool's");
+    EXPECT_EQ(FaultOf("LOAD/WIRE,1\n"),
+              "part.cl:1:6: LOAD takes TOOL and its number; correct this statement");
+    EXPECT_EQ(FaultOf("TLDATA/MILL,10,0,0\n"),
+              "part.cl:1:18: the length of a tool is greater than 0; correct it");
+    EXPECT_EQ(FaultOf("TLDATA/MILL,10,0,5O\n").substr(0, 23), "part.cl:1:18: \"5O\" is n");
+}
+
+TEST(AptReader, ShowsNamesWithoutControlCharacters)
+{
+    EXPECT_EQ(Read("TOOL PATH/a\x1B[31m\xC3\xA4,TOOL\nGOTO/1,2,3\n").operations.at(0).name,
+              "a?[31m\xC3\xA4");
+}
+
+// MSYS ---------------------------------------------------------------------------------------
+
+TEST(AptReader, TakesPointsAndVectorsInTheFrameOfMsys)
+{
+    // i = y, j = z, so i x j = x: (1, 2, 3) there is 1 y + 2 z + 3 x from the origin.
+    const Toolpath path =
+        Read("GOTO/1,2,3,0,0.6,0.8\nMSYS/10,20,30,0,1,0,0,0,1\nGOTO/1,2,3,0,0.6,0.8\n"
+             "MSYS/0,0,0,1,0,0,0,1,0\nGOTO/1,2,3,0,0.6,0.8\n");
+    ASSERT_EQ(path.points.size(), 3U);
+    ExpectVec(path.points[1].position, {13, 21, 32});
+    ExpectVec(path.points[1].direction, {0.8, 0, 0.6});
+    ExpectVec(path.points[2].position, {1, 2, 3});
+    ExpectVec(path.points[2].direction, {0, 0.6, 0.8});
+}
+
+TEST(AptReader, ConvertsTheOriginOfMsys)
+{
+    ExpectVec(Read("UNITS/INCH\nMSYS/1,0,0,0,1,0,0,0,1\nGOTO/1,2,3\n").points[0].position,
+              {101.6, 25.4, 50.8});
+}
+
+TEST(AptReader, StraightensTheRoundedAxesOfMsys)
+{
+    // Turned by 30 degrees about z, rounded to four digits and 0.0005 out of square.
+    const double c = std::cos(host::kPi / 6.0);
+    const Toolpath path =
+        Read("MSYS/0,0,0,0.8660,0.5000,0,-0.5004,0.8657,0\nGOTO/0,1,0,0,0,1\nGOTO/1,0,0\n");
+    const Vec3 y = path.points.at(0).position;
+    const Vec3 x = path.points.at(1).position;
+    EXPECT_NEAR(x[0], c, 1e-4);
+    EXPECT_NEAR(x[1], 0.5, 1e-4);
+    EXPECT_NEAR(host::Dot(x, y), 0.0, 1e-15);
+    EXPECT_NEAR(host::Length(y), 1.0, 1e-15);
+    EXPECT_NEAR(host::Length(x), 1.0, 1e-15);
+}
+
+TEST(AptReader, StandsTheToolUprightInMsysBeforeAnyVector)
+{
+    const Toolpath path = Read("MSYS/0,0,0,0,1,0,0,0,1\nGOTO/0,0,0\nMSYS/0,0,0,0,0,1,1,0,0\n"
+                               "GOTO/0,0,0\n");
+    ExpectVec(path.points.at(0).direction, {1, 0, 0});
+    ExpectVec(path.points.at(1).direction, {0, 1, 0});
+}
+
+TEST(AptReader, WantsTheToolVectorAgainAfterATurnOfMsys)
+{
+    EXPECT_EQ(FaultOf("GOTO/0,0,0,1,0,0\nMSYS/0,0,0,0,1,0,0,0,1\nGOTO/1,0,0\n"),
+              "part.cl:3:1: the tool vector was given before MSYS turned the axes; give it again "
+              "here");
+    // About the tool itself, and there and back, no turn matters.
+    const Toolpath path = Read("GOTO/0,0,0,0,0,1\nMSYS/0,0,5,0,1,0,-1,0,0\nGOTO/1,0,0\n"
+                               "MSYS/0,0,0,0,1,0,0,0,1\nMSYS/0,0,0,1,0,0,0,1,0\nGOTO/1,0,0\n");
+    ASSERT_EQ(path.points.size(), 3U);
+    ExpectVec(path.points[1].position, {0, 1, 5});
+    ExpectVec(path.points[1].direction, {0, 0, 1});
+    ExpectVec(path.points[2].direction, {0, 0, 1});
+}
+
+TEST(AptReader, RefusesOtherFrames)
+{
+    EXPECT_EQ(FaultOf("MSYS/0,0,0,1,0,0\n"),
+              "part.cl:1:1: MSYS has 6 numbers; it takes an origin and two axes, "
+              "x,y,z,i1,j1,k1,i2,j2,k2");
+    const std::string length = "an axis of MSYS is a direction of length 1; correct it";
+    EXPECT_EQ(FaultOf("MSYS/0,0,0,0,0,0,0,1,0\n"), "part.cl:1:12: " + length);
+    EXPECT_EQ(FaultOf("MSYS/0,0,0,1,0,0,0,1.002,0\n"), "part.cl:1:18: " + length);
+    const std::string square = "the two axes of MSYS are not at right angles; correct them";
+    EXPECT_EQ(FaultOf("MSYS/0,0,0,1,0,0,1,0,0\n"), "part.cl:1:18: " + square);
+    EXPECT_EQ(FaultOf("MSYS/0,0,0,1,0,0,0.002,1,0\n"), "part.cl:1:18: " + square);
+}
+
 // The text -----------------------------------------------------------------------------------
 
 TEST(AptReader, JoinsContinuedLines)
@@ -189,7 +427,8 @@ TEST(AptReader, PassesOverWhatMovesNothing)
              "REMARK/anything, 1/2\nMACHIN/MILL,1\nTOOL PATH/NAME,TOOL,FLAT_TOOL\n"
              "Tool  Path/N\nTLDATA/MILL,10.0,0.0,50.0,0.0,0.0\nLOADTL/1\nSPINDL/5000,CLW\n"
              "COOLNT/ON\nCUTTER/10\nINTOL/0.01\nOUTTOL/0.01\nTOLER/.01\nPAINT/PATH\nSELECTL/1\n"
-             "OPNAME/A\nDELAY/2\nGOTO/1,2,3\nSTOP\nOPSTOP\nEND-OF-PATH\nEND\nFINI\n");
+             "OPNAME/A\nDELAY/2\nGOTO/1,2,3\nAUXFUN/8\nSEQNO/ON\nLEADER/50\nTITLE/X\nTPRINT/T1\n"
+             "LINTOL/0.01\nMCHTOL/0.01\nSTOP\nOPSTOP\nEND-OF-PATH\nEND\nFINI\n");
     ASSERT_EQ(path.points.size(), 1U);
     EXPECT_EQ(path.points[0].line, 23);
 }
@@ -229,11 +468,44 @@ TEST(AptReader, StopsAtStatementsThatMayMoveTheTool)
     const std::string reason = " is not understood, and it may move the tool; have the points "
                                "written as GOTO, or take it out if it moves nothing";
     EXPECT_EQ(FaultOf("GOTO/0,0,0\n CIRCLE/1,2,3,4\n"), "part.cl:2:2: \"CIRCLE\"" + reason);
-    for (const std::string word : {"CYCLE", "MSYS", "MOVARC", "GODLTA", "FROM", "TRANS", "INSERT",
-                                   "TOOL PATHS", "RAPIDS", "PARTNOX", "END OF PATH"}) {
+    for (const std::string word :
+         {"MOVARC", "GODLTA", "GOHOME", "INSERT", "ROTATE", "ROTABL", "COPY", "PREFUN", "RETRCT",
+          "CLEARP", "TOOL PATHS", "PARTNOX", "PPRINTS", "END OF PATH", "UNLOAD", "TURRET"}) {
         EXPECT_EQ(FaultOf(word + "/1,2,3\n"), "part.cl:1:1: \"" + word + "\"" + reason);
     }
-    EXPECT_EQ(FaultOf("cycle/off\n"), "part.cl:1:1: \"CYCLE\"" + reason);
+}
+
+TEST(AptReader, PassesOverFormsOfMovingWordsThatMoveNothing)
+{
+    EXPECT_EQ(Read("CYCLE/OFF\ncycle/nomore\nCUTCOM/OFF\nTRACUT/NOMORE\nSELECT/TOOL,4\n"
+                   "ORIGIN/0,0.0,-0\nTRANS/0,0,0\nGOTO/1,2,3\n")
+                  .points.size(),
+              1U);
+    const std::string end = " is understood, other forms may change the tool's way; have the "
+                            "points written as GOTO";
+    EXPECT_EQ(FaultOf("CYCLE/DRILL,5\n"), "part.cl:1:1: only CYCLE/NOMORE or CYCLE/OFF" + end);
+    EXPECT_EQ(FaultOf("CYCLE/OFF,5\n"), "part.cl:1:1: only CYCLE/NOMORE or CYCLE/OFF" + end);
+    EXPECT_EQ(FaultOf("CYCLE\n"), "part.cl:1:1: only CYCLE/NOMORE or CYCLE/OFF" + end);
+    EXPECT_EQ(FaultOf("GOTO/1,2,3\n CUTCOM/LEFT\n"), "part.cl:2:2: only CUTCOM/OFF" + end);
+    EXPECT_EQ(FaultOf("TRACUT/1,0,0,0\n"), "part.cl:1:1: only TRACUT/NOMORE" + end);
+    EXPECT_EQ(FaultOf("SELECT/HEAD,2\n"), "part.cl:1:1: only SELECT/TOOL" + end);
+}
+
+TEST(AptReader, RefusesToShiftTheCoordinatesUnseen)
+{
+    const std::string end = " shifts the coordinates, which is not understood; have the points "
+                            "written in part coordinates, or shift them by MSYS";
+    EXPECT_EQ(FaultOf("ORIGIN/0,0,1\n"), "part.cl:1:1: ORIGIN" + end);
+    EXPECT_EQ(FaultOf("GOTO/1,2,3\nTRANS/1,0,0\n"), "part.cl:2:1: TRANS" + end);
+    EXPECT_EQ(FaultOf("TRANS/0,0\n"), "part.cl:1:1: TRANS" + end);
+    EXPECT_EQ(FaultOf("TRANS/x,0,0\n"), "part.cl:1:1: TRANS" + end);
+}
+
+TEST(AptReader, RefusesALineThatATextSwallows)
+{
+    EXPECT_EQ(FaultOf("PPRINT/COSTS 5 $\n\nGOTO/1,2,3\n"),
+              "part.cl:2:1: this line is taken for text, since the one before ends in a $; take "
+              "the $ out, or put the text on one line");
 }
 
 TEST(AptReader, ShowsStrangeWordsShortAndWithoutControlCharacters)
@@ -291,6 +563,8 @@ TEST(AptReader, RefusesAToolVectorWithoutLength)
     const std::string fault = "the tool vector has no length; give its direction as i,j,k";
     EXPECT_EQ(FaultOf("GOTO/1,2,3,0,0.0,-0\n"), "part.cl:1:12: " + fault);
     EXPECT_EQ(FaultOf("MULTAX/OFF\nGOTO/1,2,3,0,0,0\n"), "part.cl:2:12: " + fault);
+    EXPECT_EQ(FaultOf("GOTO/1,2,3,1e-17,0,0\n"), "part.cl:1:12: " + fault);
+    EXPECT_EQ(Read("GOTO/1,2,3,0.0001,0,0\n").points.size(), 1U);
 }
 
 TEST(AptReader, RefusesOtherFeeds)

@@ -373,7 +373,7 @@ TEST_F(Program, StopsAtABadFileWithItsPlaceAndLeavesTheTableAlone)
 {
     folder.Write("joints.csv", "old");
     folder.Write("bad.toml", test::MillWith(15, "parent = \"Q\""));
-    folder.Write("bad.cl", "GOTO/1,2,3\nCYCLE/DRILL,10\n");
+    folder.Write("bad.cl", "GOTO/1,2,3\nCIRCLE/1,2,3,4\n");
     const auto errorFor = [this](const std::string& machine, const std::string& path) {
         const Outcome outcome = Run({"solve", machine, path, "-o", "joints.csv"});
         EXPECT_EQ(outcome.code, 2);
@@ -385,7 +385,7 @@ TEST_F(Program, StopsAtABadFileWithItsPlaceAndLeavesTheTableAlone)
         "bad.toml:15:10: the parent of axis \"Y\" is \"Q\", and there is no such axis; name an "
         "axis or \"base\"\n");
     EXPECT_EQ(errorFor("mill.toml", "bad.cl"),
-              "bad.cl:2:1: \"CYCLE\" is not understood, and it may move the tool; have the points "
+              "bad.cl:2:1: \"CIRCLE\" is not understood, and it may move the tool; have the points "
               "written as GOTO, or take it out if it moves nothing\n");
     EXPECT_EQ(
         errorFor("none.toml", "part.cl"),
