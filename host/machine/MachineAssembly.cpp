@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <filesystem>
+#include <codecvt>
+#include <locale>
 #include <map>
 #include <set>
 #include <utility>
@@ -24,7 +25,7 @@ constexpr std::string_view kBaseName = "base";
 
 std::wstring Wide(const std::string& name)
 {
-    return std::filesystem::u8path(name).wstring();
+    return std::wstring_convert<std::codecvt_utf8<wchar_t>>().from_bytes(name);
 }
 
 template <class Entry>

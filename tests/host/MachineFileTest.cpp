@@ -129,6 +129,16 @@ TEST(MachineFile, KeepsTheWordAndItsSign)
     EXPECT_EQ(machine.axes[0].wordSign, 1);
 }
 
+TEST(MachineFile, TakesNamesInAnyLanguage)
+{
+    std::string text = MillWith(44, "name = \"Spindelk\u00F6pfchen\"");
+    text = test::WithLine(text, 61, "tool = \"Spindelk\u00F6pfchen\"");
+    const LoadedMachine machine = Load(text);
+    EXPECT_EQ(machine.streams.front().tool, "Spindelk\u00F6pfchen");
+    IkNode* const mount = AxisNamed(machine, "Z").joint->SearchByName(L"Spindelk\u00F6pfchen");
+    EXPECT_NE(mount, nullptr);
+}
+
 TEST(MachineFile, ListsTheAxesThatAStreamMoves)
 {
     // Z's parent is now the base: X and Y lie in neither chain.
