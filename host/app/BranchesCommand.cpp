@@ -111,8 +111,8 @@ class BranchTable
 
 ExitCode ListBranches(const BranchesOptions& options, std::ostream& out, std::ostream& err)
 {
-    LoadedMachine machine = LoadMachine(options.machine);
-    const LoadedStream& stream = machine.StreamWithId(options.stream);
+    LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
+    const LoadedStream& stream = machine.StreamWithId(options.machine.stream);
     const ShownUnits units{machine.length,
                            options.inRadians ? AngleUnit::Radian : AngleUnit::Degree};
     const ToolPoint point = PointFrom(options.pose);

@@ -1,22 +1,20 @@
 #ifndef TRUNNION_HOST_APP_BRANCHES_COMMAND_H
 #define TRUNNION_HOST_APP_BRANCHES_COMMAND_H
 
-#include <filesystem>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "app/ExitCode.h"
+#include "app/MachineOptions.h"
 
 namespace host
 {
 
 struct BranchesOptions
 {
-    std::filesystem::path machine;
+    MachineOptions machine;
     std::vector<std::string> pose; //!< x, y, z and the tool direction i, j, k, part coordinates
-    std::optional<int> stream;     //!< nothing: the first
     bool inRadians{false};
     bool ignoresLimits{false};
 };

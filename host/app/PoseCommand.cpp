@@ -88,8 +88,8 @@ std::string TripleText(const Vec3& values, const std::array<std::string_view, 3>
 
 ExitCode Pose(const PoseOptions& options, std::ostream& out, std::ostream& err)
 {
-    LoadedMachine machine = LoadMachine(options.machine);
-    const LoadedStream& stream = machine.StreamWithId(options.stream);
+    LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
+    const LoadedStream& stream = machine.StreamWithId(options.machine.stream);
     const ShownUnits units{machine.length,
                            options.inRadians ? AngleUnit::Radian : AngleUnit::Degree};
     AxisSetter setter(machine, units, err);

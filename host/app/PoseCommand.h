@@ -1,22 +1,20 @@
 #ifndef TRUNNION_HOST_APP_POSE_COMMAND_H
 #define TRUNNION_HOST_APP_POSE_COMMAND_H
 
-#include <filesystem>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "app/ExitCode.h"
+#include "app/MachineOptions.h"
 
 namespace host
 {
 
 struct PoseOptions
 {
-    std::filesystem::path machine;
+    MachineOptions machine;
     std::vector<std::string> values; //!< "X=10"; axes not among them stand where they start
-    std::optional<int> stream;       //!< nothing: the first
     bool inRadians{false};
 };
 

@@ -8,6 +8,7 @@
 
 #include "app/BranchesCommand.h"
 #include "app/ExitCode.h"
+#include "app/MachineOptions.h"
 #include "app/PoseCommand.h"
 #include "app/SolveCommand.h"
 #include "app/Version.h"
@@ -21,6 +22,23 @@ constexpr const char* kExitCodes = "Exit codes:\n"
                                    "  2    bad input or usage, or a file that cannot be read or "
                                    "written\n"
                                    "  130  interrupted\n";
+
+/// Every command that works on a machine asks for it in the same words.
+void AddMachine(CLI::App& command, host::MachineOptions& machine)
+{
+    command.add_option("MACHINE", machine.file, "The machine, a TOML file or a URDF")->required();
+    command.add_option("--stream", machine.stream, "The stream to look at; otherwise the first")
+        ->type_name("ID");
+    command
+        .add_option("--tool-link", machine.links.tool,
+                    "URDF only: the link that stands for the tool; its z axis points from the "
+                    "tool's end to its shank")
+        ->type_name("LINK");
+    command
+        .add_option("--part-link", machine.links.part,
+                    "URDF only: the link whose frame the toolpath is given in")
+        ->type_name("LINK");
+}
 
 void AddSolve(CLI::App& app, host::SolveOptions& options)
 {
@@ -43,13 +61,11 @@ void AddPose(CLI::App& app, host::PoseOptions& options)
 {
     CLI::App* const pose =
         app.add_subcommand("pose", "Print where the tool stands for given axis values");
-    pose->add_option("MACHINE", options.machine, "The machine, a TOML file")->required();
+    AddMachine(*pose, options.machine);
     pose->add_option("VALUES", options.values,
                      "Axis values such as X=10 A=30 (degrees for rotary axes); axes not named "
                      "stand at their initial value")
         ->type_name("NAME=VALUE");
-    pose->add_option("--stream", options.stream, "The stream to look at; otherwise the first")
-        ->type_name("ID");
     pose->add_flag("--radians", options.inRadians, "Rotary axes in radians, not degrees");
     pose->footer(kExitCodes);
 }
@@ -59,15 +75,13 @@ void AddBranches(CLI::App& app, host::BranchesOptions& options)
     constexpr int kPoseNumbers = 6;
     CLI::App* const branches =
         app.add_subcommand("branches", "List the distinct solutions at one pose");
-    branches->add_option("MACHINE", options.machine, "The machine, a TOML file")->required();
+    AddMachine(*branches, options.machine);
     branches
         ->add_option("POSE", options.pose,
                      "The tool's position and direction in part coordinates: x y z i j k")
         ->required()
         ->expected(kPoseNumbers)
         ->type_name("NUMBER");
-    branches->add_option("--stream", options.stream, "The stream to solve; otherwise the first")
-        ->type_name("ID");
     branches->add_flag("--radians", options.inRadians, "Rotary axes in radians, not degrees");
     branches->add_flag("--ignore-limits", options.ignoresLimits,
                        "Also solutions beyond the limits; a ! marks the axes that are");

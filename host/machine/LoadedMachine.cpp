@@ -2,13 +2,34 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <string_view>
 
 #include "machine/MachineAssembly.h"
 #include "machine/MachineFile.h"
+#include "machine/UrdfFile.h"
 #include "text/InputError.h"
+#include "text/InputFile.h"
 
 namespace host
 {
+
+namespace
+{
+
+constexpr std::uintmax_t kMaxMachineBytes = 16UL * 1024 * 1024;
+
+bool IsUrdf(const std::filesystem::path& path, std::string_view text)
+{
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+        text.remove_prefix(kByteOrderMark.size());
+    }
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    return path.extension() == ".urdf" || (first != std::string_view::npos && text[first] == '<');
+}
+
+} // namespace
 
 bool Axis::IsUnlimited() const
 {
@@ -53,9 +74,18 @@ std::vector<const Axis*> LoadedMachine::AxesOf(const LoadedStream& stream) const
     return moved;
 }
 
-LoadedMachine LoadMachine(const std::filesystem::path& path)
+LoadedMachine LoadMachine(const std::filesystem::path& path, const MountLinks& links)
 {
-    return AssembleMachine(ReadMachineFile(path));
+    const std::string text = ReadWholeFile(path, kMaxMachineBytes);
+    const std::string file = path.string();
+    if (IsUrdf(path, text)) {
+        return AssembleMachine(ReadUrdf(text, file, links));
+    }
+    if (links.tool || links.part) {
+        throw InputError(file, "--tool-link and --part-link name links of a URDF, and this machine "
+                               "has mounts of its own; leave them out");
+    }
+    return AssembleMachine(ReadMachine(text, file));
 }
 
 } // namespace host

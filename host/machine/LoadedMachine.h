@@ -14,6 +14,7 @@
 
 #include "geometry/Units.h"
 #include "machine/MachineDescription.h"
+#include "machine/MountLinks.h"
 
 namespace host
 {
@@ -65,7 +66,9 @@ struct LoadedMachine
     std::vector<const Axis*> AxesOf(const LoadedStream& stream) const;
 };
 
-LoadedMachine LoadMachine(const std::filesystem::path& path);
+/// Reads a TOML file, or a URDF: a file whose name ends in .urdf or whose text begins with "<". A
+/// URDF needs both links, and TOML none: InputError otherwise.
+LoadedMachine LoadMachine(const std::filesystem::path& path, const MountLinks& links = {});
 
 } // namespace host
 

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <utility>
 
-#include "text/InputFile.h"
+#include "machine/AxisName.h"
 #include "text/Quoted.h"
 #include "text/TomlTable.h"
 
@@ -15,7 +14,6 @@ namespace host
 namespace
 {
 
-constexpr std::uintmax_t kMaxMachineBytes = 16UL * 1024 * 1024;
 constexpr std::size_t kMaxEntries = 64; // axes, mounts or streams: far more than machines have
 constexpr double kPerpendicularTolerance = 1e-6;
 
@@ -108,7 +106,7 @@ class Reader
                                    "unlimited", "initial", "word", "word_sign"});
         AxisDescription axis;
         axis.name = table.Text("name", "\"X\"");
-        RefuseUnspeakableName(table, axis.name);
+        RefuseUnspeakableName(machine.file, axis.name);
         table.SetWhat("axis " + Quoted(axis.name.value));
         axis.parent = table.Text("parent", "\"base\"");
         axis.isRotary = table.Choice("type", {"linear", "rotary"}) == 1;
@@ -124,19 +122,6 @@ class Reader
         axis.word = table.Has("word") ? table.Text("word", "\"A\"").value : axis.name.value;
         axis.wordSign = ReadWordSign(table);
         machine.axes.push_back(axis);
-    }
-
-    /// An axis name is a column of the joint table and a word of the command line.
-    static void RefuseUnspeakableName(const TomlTable& table, const Located<std::string>& name)
-    {
-        const auto isBad = [](char c) {
-            return static_cast<unsigned char>(c) <= ' ' || c == '\x7F' ||
-                   std::string_view("=,;|\"'").find(c) != std::string_view::npos;
-        };
-        if (std::any_of(name.value.begin(), name.value.end(), isBad)) {
-            table.Refuse(name.at, "the name of an axis has no blanks, quotes or any of = , ; | in "
-                                  "it; choose a plain one like \"X\"");
-        }
     }
 
     double FromFile(double value, bool isRotary) const
@@ -237,11 +222,6 @@ class Reader
 MachineDescription ReadMachine(std::string_view text, const std::string& file)
 {
     return Reader(file).Read(ParseToml(text, file));
-}
-
-MachineDescription ReadMachineFile(const std::filesystem::path& path)
-{
-    return ReadMachine(ReadWholeFile(path, kMaxMachineBytes), path.string());
 }
 
 } // namespace host

@@ -1,7 +1,6 @@
 #ifndef TRUNNION_HOST_MACHINE_MACHINE_FILE_H
 #define TRUNNION_HOST_MACHINE_MACHINE_FILE_H
 
-#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -13,7 +12,6 @@ namespace host
 /// Reads a machine from TOML text. `file` is what messages call it. Throws InputError at the first
 /// thing that is wrong.
 MachineDescription ReadMachine(std::string_view text, const std::string& file);
-MachineDescription ReadMachineFile(const std::filesystem::path& path);
 
 } // namespace host
 

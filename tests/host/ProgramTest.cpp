@@ -484,6 +484,54 @@ TEST_F(Program, ShowsItsProgressOnATerminalOnly)
     EXPECT_EQ(Process(quiet, folder.Path(), Process::ErrorOutput::Terminal).Wait().err, "");
 }
 
+// URDF ---------------------------------------------------------------------------------------
+
+// A head that tilts about y, 0.3 m above the tool's end, on a slide along z.
+constexpr const char* kTiltingHead =
+    "<robot name=\"head\"><link name=\"floor\"/><link name=\"ram\"/><link name=\"tip\"/>\n"
+    "<joint name=\"Z\" type=\"prismatic\"><parent link=\"floor\"/><child link=\"ram\"/>\n"
+    "<origin xyz=\"0 0 0.5\"/><axis xyz=\"0 0 1\"/><limit lower=\"-0.4\" upper=\"0.4\"/></joint>\n"
+    "<joint name=\"seat\" type=\"fixed\"><parent link=\"swivel\"/><child link=\"tip\"/>\n"
+    "<origin xyz=\"0 0 -0.3\"/></joint><link name=\"swivel\"/>\n"
+    "<joint name=\"B\" type=\"revolute\"><parent link=\"ram\"/><child link=\"swivel\"/>\n"
+    "<axis xyz=\"0 1 0\"/><limit lower=\"-2\" upper=\"2\"/></joint></robot>\n";
+
+TEST_F(Program, PosesAUrdfBetweenTwoLinks)
+{
+    folder.Write("head.urdf", kTiltingHead);
+    // Tilted by 30 degrees the tool's end is at -300 (sin 30, 0, cos 30) from the axis at z = 600.
+    const Outcome outcome =
+        Run({"pose", "head.urdf", "Z=100", "B=30", "--tool-link", "tip", "--part-link", "floor"});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.out, "stream 1: tool \"tip\" in coordinates of part \"floor\"\n"
+                           "position   x -150.000000  y 0.000000  z 340.192379 mm\n"
+                           "direction  i 0.500000000  j 0.000000000  k 0.866025404\n"
+                           "x axis     i 0.866025404  j 0.000000000  k -0.500000000\n");
+    EXPECT_EQ(outcome.err, "");
+}
+
+TEST_F(Program, ListsTheBranchesOfAUrdf)
+{
+    folder.Write("head.urdf", kTiltingHead);
+    const Outcome outcome = Run({"branches", "head.urdf", "-150", "0", "340.192379", "0.5", "0",
+                                 "0.8660254", "--tool-link", "tip", "--part-link", "floor"});
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_TRUE(Contains(outcome.out, "B deg       limits -114.5916 to 114.5916            30\n"))
+        << outcome.out;
+}
+
+TEST_F(Program, AsksForTheLinksOfAUrdf)
+{
+    folder.Write("head.urdf", kTiltingHead);
+    const Outcome outcome = Run({"pose", "head.urdf", "--tool-link", "tip"});
+    EXPECT_EQ(outcome.code, 2);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, "head.urdf: a URDF does not say where its tool and its part are; give "
+                           "--tool-link and --part-link, each one of: \"floor\", \"ram\", \"tip\", "
+                           "\"swivel\"\n");
+    EXPECT_EQ(Run({"pose", "mill.toml", "--part-link", "floor"}).code, 2);
+}
+
 // The samples --------------------------------------------------------------------------------
 
 // What a converged solve may leave: the objective is position squared plus degrees squared, at most
