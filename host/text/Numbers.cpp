@@ -43,6 +43,17 @@ std::optional<double> ParseNumber(std::string_view text)
     return value;
 }
 
+std::optional<int> ParseCount(std::string_view text)
+{
+    int value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stopped, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stopped != end || text.front() == '-') {
+        return std::nullopt;
+    }
+    return value;
+}
+
 std::string ShortestText(double value)
 {
     return Text(value);

@@ -12,6 +12,9 @@ namespace host
 /// The finite number that the whole of `text` spells; a leading plus is legal.
 std::optional<double> ParseNumber(std::string_view text);
 
+/// The whole number that the whole of `text` spells in digits, without a sign.
+std::optional<int> ParseCount(std::string_view text);
+
 /// The shortest text that reads back as the same number.
 std::string ShortestText(double value);
 /// For people, of any size: six significant digits.

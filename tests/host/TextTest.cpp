@@ -35,6 +35,16 @@ TEST(Numbers, ReadAWholeTextOrNothing)
     }
 }
 
+TEST(Numbers, ReadACountOrNothing)
+{
+    EXPECT_EQ(host::ParseCount("0"), 0);
+    EXPECT_EQ(host::ParseCount("40001"), 40001);
+    EXPECT_EQ(host::ParseCount("2147483647"), 2147483647);
+    for (const char* text : {"", "-1", "-0", "+1", " 1", "1 ", "1.0", "1e3", "2147483648", "0x1"}) {
+        EXPECT_FALSE(host::ParseCount(text).has_value()) << text;
+    }
+}
+
 TEST(Numbers, ComeBackFromTheirShortestText)
 {
     EXPECT_EQ(host::ShortestText(0.1), "0.1");
