@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "app/BranchesCommand.h"
+#include "app/CheckCommand.h"
 #include "app/ExitCode.h"
 #include "app/MachineOptions.h"
 #include "app/PoseCommand.h"
@@ -57,6 +58,16 @@ void AddSolve(CLI::App& app, host::SolveOptions& options)
     solve->footer(kExitCodes);
 }
 
+void AddCheck(CLI::App& app, host::CheckOptions& options)
+{
+    CLI::App* const check =
+        app.add_subcommand("check", "Print what is understood of a machine and a toolpath");
+    AddMachine(*check, options.machine);
+    check->add_option("TOOLPATH", options.toolpath, "A toolpath, a cutter-location file (APT)");
+    check->add_flag("--radians", options.inRadians, "Angles in radians, not degrees");
+    check->footer(kExitCodes);
+}
+
 void AddPose(CLI::App& app, host::PoseOptions& options)
 {
     CLI::App* const pose =
@@ -95,9 +106,11 @@ host::ExitCode Run(int argc, char** argv)
     app.require_subcommand(1);
     app.footer(kExitCodes);
     host::SolveOptions solve;
+    host::CheckOptions check;
     host::PoseOptions pose;
     host::BranchesOptions branches;
     AddSolve(app, solve);
+    AddCheck(app, check);
     AddPose(app, pose);
     AddBranches(app, branches);
     try {
@@ -107,6 +120,9 @@ host::ExitCode Run(int argc, char** argv)
     }
     if (app.got_subcommand("solve")) {
         return host::Solve(solve, std::cout, std::cerr);
+    }
+    if (app.got_subcommand("check")) {
+        return host::Check(check, std::cout, std::cerr);
     }
     return app.got_subcommand("pose") ? host::Pose(pose, std::cout, std::cerr)
                                       : host::ListBranches(branches, std::cout, std::cerr);

@@ -25,6 +25,8 @@ struct Axis
 {
     std::string name;
     bool isRotary{false};
+    Vec3 direction{};    //!< of its body's motion with all axes at 0, machine coordinates; length 1
+    Vec3 point{};        //!< on the axis of a rotary one, likewise [length]
     double initial{0.0}; //!< [length] or [rad]
     std::string word;    //!< of the axis in G-code
     int wordSign{1};     //!< of the word, against the motion of the body
@@ -41,9 +43,11 @@ struct LoadedStream
     std::string part;
     std::unique_ptr<IkChain> toolChain;
     std::unique_ptr<IkChain> partChain;
-    IkStream* stream{nullptr};     //!< the machine's
-    IkBody* tip{nullptr};          //!< the tool's end, the machine's
-    std::vector<std::size_t> axes; //!< those that it moves, as the file orders them
+    IkStream* stream{nullptr};         //!< the machine's
+    IkBody* tip{nullptr};              //!< the tool's end, the machine's
+    std::vector<std::size_t> axes;     //!< those that it moves, as the file orders them
+    std::vector<std::size_t> toolAxes; //!< those that carry the tool, from the base outwards
+    std::vector<std::size_t> partAxes; //!< those that carry the part, from the base outwards
 
     /// Puts the tool's end this far below its mount, against the mount's z axis [length].
     void SetToolLength(double length) const;

@@ -205,8 +205,9 @@ class Assembly
     {
         for (const AxisDescription& axis : description.axes) {
             EndOf(axis.name.value);
-            loaded.axes.push_back({axis.name.value, axis.isRotary, axis.initial, axis.word,
-                                   axis.wordSign, joints.at(axis.name.value)});
+            loaded.axes.push_back({axis.name.value, axis.isRotary, axis.direction, axis.point,
+                                   axis.initial, axis.word, axis.wordSign,
+                                   joints.at(axis.name.value)});
         }
         loaded.MoveToInitial();
         for (const MountDescription& mount : description.mounts) {
@@ -283,7 +284,23 @@ class Assembly
                                  " has no axis on either side, so that nothing moves; hang its "
                                  "tool or its part on an axis");
         }
+        added.toolAxes = AxesAbove(added.tool);
+        added.partAxes = AxesAbove(added.part);
         loaded.streams.push_back(std::move(added));
+    }
+
+    /// The axes that carry a mount, from the base outwards.
+    std::vector<std::size_t> AxesAbove(const std::string& mount) const
+    {
+        std::vector<std::size_t> above;
+        const std::string* name = &Find(description.mounts, mount)->parent.value;
+        while (*name != kBaseName) {
+            const AxisDescription* const axis = Find(description.axes, *name);
+            above.push_back(static_cast<std::size_t>(axis - description.axes.data()));
+            name = &axis->parent.value;
+        }
+        std::reverse(above.begin(), above.end());
+        return above;
     }
 
     static std::unique_ptr<IkChain> ChainTo(IkNode& node)

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "text/StrayCharacter.h"
+#include "text/Utf8.h"
 
 namespace host
 {
@@ -10,20 +11,13 @@ namespace host
 namespace
 {
 
-bool BeginsCharacter(char c)
-{
-    constexpr unsigned kTopBits = 0xC0;
-    constexpr unsigned kContinuation = 0x80;
-    return (static_cast<unsigned char>(c) & kTopBits) != kContinuation;
-}
-
 /// Columns count characters of UTF-8 text, as those of the TOML reader do.
 TextPosition PositionIn(std::string_view text, std::size_t offset)
 {
     const std::string_view before = text.substr(0, offset);
     const std::string_view line = before.substr(before.rfind('\n') + 1);
     return {1 + static_cast<int>(std::count(before.begin(), before.end(), '\n')),
-            1 + static_cast<int>(std::count_if(line.begin(), line.end(), BeginsCharacter))};
+            1 + static_cast<int>(CharacterCount(line))};
 }
 
 bool BreaksAssumptions(std::string_view text)

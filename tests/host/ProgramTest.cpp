@@ -136,6 +136,7 @@ TEST_F(Program, ListsItsExitCodesInItsHelp)
 {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
                                                       {"solve", "--help"},
+                                                      {"check", "--help"},
                                                       {"pose", "--help"},
                                                       {"branches", "--help"}}) {
         const Outcome outcome = Run(arguments);
@@ -161,6 +162,8 @@ TEST_F(Program, AnswersWrongUsageWithTwo)
           {"solve", "mill.toml", "part.cl", "-o", "joints.csv", "--fast"},
           {"solve", "mill.toml", "part.cl", "-o", "joints.csv", "--stream", "one"},
           {"solve", "mill.toml", "part.cl", "third", "-o", "joints.csv"},
+          {"check"},
+          {"check", "mill.toml", "part.cl", "third"},
           {"pose"}}) {
         const Outcome outcome = Run(arguments);
         EXPECT_EQ(outcome.code, 2);
@@ -168,6 +171,31 @@ TEST_F(Program, AnswersWrongUsageWithTwo)
         EXPECT_NE(outcome.err, "");
     }
     EXPECT_EQ(folder.Names(), (std::vector<std::string>{"mill.toml", "part.cl"}));
+}
+
+// check --------------------------------------------------------------------------------------
+
+TEST_F(Program, ChecksAMachineAndAToolpath)
+{
+    const Outcome machineAlone = Run({"check", "mill.toml"});
+    EXPECT_EQ(machineAlone.code, 0);
+    EXPECT_TRUE(Contains(machineAlone.out, "\n  tool     base -> X -> Y -> Z -> \"spindle\"\n"));
+    EXPECT_FALSE(Contains(machineAlone.out, "toolpath"));
+    const Outcome both = Run({"check", "mill.toml", "part.cl"});
+    EXPECT_EQ(both.code, 0);
+    EXPECT_EQ(both.out.rfind(machineAlone.out, 0), 0U);
+    EXPECT_TRUE(Contains(both.out, "\ntoolpath   part.cl\npoints     3, 1 at rapid\n"));
+    EXPECT_EQ(both.err, "");
+}
+
+TEST_F(Program, ChecksAndRefuses)
+{
+    folder.Write("bad.cl", "GOTO/1,2\n");
+    const Outcome outcome = Run({"check", "mill.toml", "bad.cl"});
+    EXPECT_EQ(outcome.code, 2);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err.rfind("bad.cl:1:1: GOTO has 2 numbers", 0), 0U) << outcome.err;
+    EXPECT_EQ(Run({"check", "none.toml"}).code, 2);
 }
 
 // pose ---------------------------------------------------------------------------------------

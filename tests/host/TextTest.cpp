@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "TempFolder.h"
+#include "text/Columns.h"
 #include "text/InputError.h"
 #include "text/InputFile.h"
 #include "text/LineReader.h"
@@ -204,6 +205,22 @@ TEST(OutputFile, RefusesPlacesWhereNoFileCanStand)
     EXPECT_EQ(faultOf(nowhere), nowhere.string() + ": this file cannot be written (No such file or "
                                                    "directory); check the folder, your rights and "
                                                    "the free space");
+}
+
+// Columns ------------------------------------------------------------------------------------
+
+TEST(Columns, AreAsWideAsTheirLongestWord)
+{
+    using Side = host::Columns::Side;
+    host::Columns columns({Side::Left, Side::Right});
+    columns.Add({"a", "1", "x"});
+    columns.Add({"K\u00F6pfe", "100"});
+    columns.Add({"", "20", "yy", ""});
+    std::ostringstream out;
+    columns.Print(out, "> ");
+    EXPECT_EQ(out.str(), "> a        1  x\n"
+                         "> K\u00F6pfe  100\n"
+                         ">         20  yy\n");
 }
 
 } // namespace

@@ -1,0 +1,34 @@
+#include "app/CheckCommand.h"
+
+#include "app/MachineReport.h"
+#include "app/PathReport.h"
+#include "machine/AxisText.h"
+#include "machine/LoadedMachine.h"
+#include "toolpath/AptReader.h"
+
+namespace host
+{
+
+ExitCode Check(const CheckOptions& options, std::ostream& out, std::ostream& err)
+{
+    LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
+    const LoadedStream* const only =
+        options.machine.stream ? &machine.StreamWithId(options.machine.stream) : nullptr;
+    const ShownUnits units{machine.length,
+                           options.inRadians ? AngleUnit::Radian : AngleUnit::Degree};
+    std::optional<Toolpath> path;
+    if (options.toolpath) {
+        path = ReadAptFile(*options.toolpath, machine.length);
+        for (const std::string& warning : path->warnings) {
+            err << warning << "\n";
+        }
+    }
+    MachineReport(machine, units, out).Print(only);
+    if (path) {
+        out << "\n";
+        PathReport(*path, units, out).Print();
+    }
+    return kExitOk;
+}
+
+} // namespace host
