@@ -89,6 +89,20 @@ void TomlTable::RefuseKeysOtherThan(std::initializer_list<std::string_view> know
     }
 }
 
+TomlTable TomlTable::Table(std::string_view key) const
+{
+    const std::string name = "[" + std::string(key) + "]";
+    const toml::node* const node = table.get(key);
+    if (node == nullptr) {
+        Refuse(Position(), what + " has no table " + name + "; add it");
+    }
+    if (!node->is_table()) {
+        Refuse(key, std::string(key) + " is " + std::string(TypeName(*node)) + "; write a table " +
+                        name);
+    }
+    return {*node->as_table(), file, name};
+}
+
 Located<std::string> TomlTable::Text(std::string_view key, std::string_view example) const
 {
     const toml::node& node = Required(key, example);
@@ -143,6 +157,20 @@ Located<int> TomlTable::Integer(std::string_view key, std::string_view example) 
     return {static_cast<int>(*value), PositionOf(node.source())};
 }
 
+std::vector<Located<std::string>> TomlTable::Texts(std::string_view key,
+                                                   std::string_view example) const
+{
+    std::vector<Located<std::string>> texts;
+    for (const toml::node& entry : ArrayOf(key, example)) {
+        const auto text = entry.value_exact<std::string>();
+        if (!text) {
+            RefuseType(key, entry, example);
+        }
+        texts.push_back({*text, PositionOf(entry.source())});
+    }
+    return texts;
+}
+
 const toml::node& TomlTable::Required(std::string_view key, std::string_view example) const
 {
     const toml::node* const node = table.get(key);
@@ -153,20 +181,25 @@ const toml::node& TomlTable::Required(std::string_view key, std::string_view exa
     return *node;
 }
 
-const toml::array& TomlTable::ArrayOf(std::string_view key, std::size_t size,
-                                      std::string_view example) const
+const toml::array& TomlTable::ArrayOf(std::string_view key, std::string_view example) const
 {
     const toml::node& node = Required(key, example);
     const toml::array* const entries = node.as_array();
     if (entries == nullptr) {
         RefuseType(key, node, example);
     }
-    if (entries->size() != size) {
-        Refuse(key, std::string(key) + " has " + std::to_string(entries->size()) +
-                        " entries, not " + std::to_string(size) + "; write for instance " +
-                        Assigned(key, example));
-    }
     return *entries;
+}
+
+const toml::array& TomlTable::ArrayOf(std::string_view key, std::size_t size,
+                                      std::string_view example) const
+{
+    const toml::array& entries = ArrayOf(key, example);
+    if (entries.size() != size) {
+        Refuse(key, std::string(key) + " has " + std::to_string(entries.size()) + " entries, not " +
+                        std::to_string(size) + "; write for instance " + Assigned(key, example));
+    }
+    return entries;
 }
 
 void TomlTable::RefuseType(std::string_view key, const toml::node& node,

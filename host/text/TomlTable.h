@@ -7,6 +7,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "text/Located.h"
 #include "text/TomlText.h"
@@ -33,6 +34,8 @@ class TomlTable
     void RefuseKeysOtherThan(std::initializer_list<std::string_view> known) const;
 
     bool Has(std::string_view key) const { return table.contains(key); }
+    /// A table within this one, named [key] in sentences.
+    TomlTable Table(std::string_view key) const;
     /// Not empty.
     Located<std::string> Text(std::string_view key, std::string_view example) const;
     /// One of a few words; returns its index.
@@ -41,6 +44,8 @@ class TomlTable
     bool IsTrue(std::string_view key) const;
     double Number(std::string_view key, std::string_view example) const;
     Located<int> Integer(std::string_view key, std::string_view example) const;
+    /// A list of texts, which may be empty.
+    std::vector<Located<std::string>> Texts(std::string_view key, std::string_view example) const;
 
     template <std::size_t Size>
     std::array<double, Size> Numbers(std::string_view key, std::string_view example) const
@@ -54,6 +59,7 @@ class TomlTable
 
   private:
     const toml::node& Required(std::string_view key, std::string_view example) const;
+    const toml::array& ArrayOf(std::string_view key, std::string_view example) const;
     const toml::array& ArrayOf(std::string_view key, std::size_t size,
                                std::string_view example) const;
     [[noreturn]] void RefuseType(std::string_view key, const toml::node& node,
