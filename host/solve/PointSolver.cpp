@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <utility>
 
 #include "geometry/Frame.h"
 #include "geometry/Units.h"
@@ -50,15 +51,52 @@ void PointSolver::SetStates(const JointValues& joints)
 bool PointSolver::Solve(const PathTarget& target, IkJoint::JointLimitTypes limits,
                         JointValues& joints)
 {
+    return SolveFor(EndStateOf(target), limits, false, joints);
+}
+
+bool PointSolver::SolveLinear(const Vec3& position, JointValues& joints)
+{
+    return SolveFor(EndStateOf({{position, ToolAt(joints).direction}, std::nullopt}),
+                    IkJoint::JtLimitAll, true, joints);
+}
+
+bool PointSolver::SolveFor(IkEndState target, IkJoint::JointLimitTypes limits, bool holdsRotary,
+                           JointValues& joints)
+{
     SetStates(joints);
-    IkEndState end = EndStateOf(target);
-    if (!solver.SolveIK(end, answer, false, limits, false)) {
+    if (!solver.SolveIK(target, answer, false, limits, holdsRotary)) {
         return false;
     }
-    for (std::size_t i = 0; i < axes.size(); ++i) {
-        joints[i] = answer.GetState(stateOf[i]).GetValue();
-    }
+    joints = ValuesOf(answer);
     return true;
+}
+
+JointValues PointSolver::ValuesOf(IkJtStateVector& solved) const
+{
+    JointValues values;
+    std::transform(stateOf.begin(), stateOf.end(), std::back_inserter(values),
+                   [&](int state) { return solved.GetState(state).GetValue(); });
+    return values;
+}
+
+std::vector<JointValues> PointSolver::SolveFromSamples(const PathTarget& target,
+                                                       IkJoint::JointLimitTypes limits)
+{
+    IkEndState end = EndStateOf(target);
+    IkJtStateVector first;
+    IkSolverHybrid hybrid(stream.stream);
+    hybrid.SolveIK(end, first, false, limits, false);
+    std::vector<JointValues> found;
+    for (IkSolverSampleItem& sample : hybrid.GetSampleList()) {
+        if (sample.rejected) {
+            continue;
+        }
+        JointValues joints = ValuesOf(sample.resultStates);
+        if (Solve(target, limits, joints)) { // to the tolerance that is asked for
+            found.push_back(std::move(joints));
+        }
+    }
+    return found;
 }
 
 IkXformMat PointSolver::PoseAt(const JointValues& joints)

@@ -44,6 +44,13 @@ class PointSolver
 
     /// From `joints`, which hold the answer when it returns true and are as before when not.
     bool Solve(const PathTarget& target, IkJoint::JointLimitTypes limits, JointValues& joints);
+    /// The distinct solutions to which the hybrid solver's starts lead from where the machine's
+    /// joints stand.
+    std::vector<JointValues> SolveFromSamples(const PathTarget& target,
+                                              IkJoint::JointLimitTypes limits);
+    /// Brings the tool's end to `position` by the linear axes alone, within their limits; the
+    /// rotary ones, and with them the tool's direction, stay.
+    bool SolveLinear(const Vec3& position, JointValues& joints);
     /// Where the tool stands, in part coordinates.
     IkXformMat PoseAt(const JointValues& joints);
     CutterLocation ToolAt(const JointValues& joints);
@@ -58,6 +65,9 @@ class PointSolver
 
   private:
     void SetStates(const JointValues& joints);
+    JointValues ValuesOf(IkJtStateVector& solved) const;
+    bool SolveFor(IkEndState target, IkJoint::JointLimitTypes limits, bool holdsRotary,
+                  JointValues& joints);
 
     const LoadedStream& stream;
     std::vector<const Axis*> axes;

@@ -1,0 +1,271 @@
+#include "planner/Candidates.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <IkSolver.h>
+
+#include "planner/JointSpace.h"
+#include "solve/StartConfigurations.h"
+
+namespace host
+{
+
+namespace
+{
+
+constexpr std::size_t kBlockPoints = 128;
+constexpr std::size_t kMostCandidates = 8;    // as many as a six-axis arm has branches
+constexpr std::size_t kMostSampledRotary = 3; // beyond that the hybrid solver takes one start
+
+} // namespace
+
+CandidateTable::Place CandidateTable::PlaceOf(std::size_t point) const
+{
+    const std::size_t block = point / blockSize;
+    const std::size_t local = point - blocks[block].firstPoint;
+    const std::vector<std::uint32_t>& ends = blocks[block].ends;
+    return {block, local == 0 ? 0 : ends[local - 1], ends[local]};
+}
+
+std::size_t CandidateTable::NumDone() const
+{
+    return blocks.empty() ? 0 : blocks.back().firstPoint + blocks.back().ends.size();
+}
+
+std::size_t CandidateTable::CountAt(std::size_t point) const
+{
+    const Place at = PlaceOf(point);
+    return at.end - at.begin;
+}
+
+JointValues CandidateTable::JointsAt(std::size_t point, std::size_t candidate) const
+{
+    const Place at = PlaceOf(point);
+    const auto first = blocks[at.block].joints.begin() +
+                       static_cast<std::ptrdiff_t>((at.begin + candidate) * axes);
+    return {first, first + static_cast<std::ptrdiff_t>(axes)};
+}
+
+int CandidateTable::BranchAt(std::size_t point, std::size_t candidate) const
+{
+    const Place at = PlaceOf(point);
+    return numbers[at.block][at.begin + candidate];
+}
+
+int CandidateTable::ParentAt(std::size_t point, std::size_t candidate) const
+{
+    const Place at = PlaceOf(point);
+    return blocks[at.block].parents[at.begin + candidate];
+}
+
+void CandidateTable::Link(const std::vector<const Axis*>& ofAxes)
+{
+    numbers.clear();
+    int known = 0;
+    for (std::size_t b = 0; b < blocks.size(); ++b) {
+        if (b > 0) {
+            LinkFirstPoint(ofAxes, b);
+        }
+        numbers.emplace_back(blocks[b].branches);
+        for (std::size_t local = 0; local < blocks[b].ends.size(); ++local) {
+            NumberBranches(blocks[b].firstPoint + local, known);
+        }
+    }
+}
+
+void CandidateTable::LinkFirstPoint(const std::vector<const Axis*>& ofAxes, std::size_t block)
+{
+    const std::vector<JointValues>& exits = blocks[block - 1].exits;
+    const std::size_t point = blocks[block].firstPoint;
+    for (std::size_t i = 0; i < CountAt(point); ++i) {
+        const JointValues joints = JointsAt(point, i);
+        const auto from = std::find_if(exits.begin(), exits.end(), [&](const JointValues& exit) {
+            return !exit.empty() && IsSameSolution(ofAxes, joints, exit);
+        });
+        blocks[block].parents[i] =
+            static_cast<std::int8_t>(from == exits.end() ? -1 : from - exits.begin());
+    }
+}
+
+/// Gives the candidates of a point that have no branch the one that they continue, or a new one.
+void CandidateTable::NumberBranches(std::size_t point, int& known)
+{
+    constexpr int kNumbers = 127; // as many as are kept apart; then they begin again
+    const Place at = PlaceOf(point);
+    for (std::size_t i = at.begin; i < at.end; ++i) {
+        if (blocks[at.block].branches[i] == 0) {
+            const int parent = blocks[at.block].parents[i];
+            numbers[at.block][i] = static_cast<std::int8_t>(
+                parent >= 0 ? BranchAt(point - 1, static_cast<std::size_t>(parent))
+                            : 1 + known++ % kNumbers);
+        }
+    }
+}
+
+std::size_t CandidateFinder::BlockSize(const Workplace& place)
+{
+    return place.IsRedundant() ? std::max<std::size_t>(place.NumPoints(), 1) : kBlockPoints;
+}
+
+bool CandidateFinder::IsSettled(std::size_t point) const
+{
+    return !place.IsAtPole(place.PointAt(point).direction);
+}
+
+CandidateBlock CandidateFinder::FindBlock(std::size_t firstPoint, std::size_t endPoint)
+{
+    CandidateBlock block;
+    block.firstPoint = firstPoint;
+    Candidates known; // at `from`, the last point that settles where all axes stand
+    std::size_t from = firstPoint;
+    for (std::size_t point = firstPoint; point < endPoint; ++point) {
+        if (IsSettled(point)) {
+            Candidates found = Continue(known, from, point);
+            if (MayHoldMore(found, known, point)) {
+                SeekAfresh(point, found);
+            }
+            for (Candidate& candidate : found) {
+                block.joints.insert(block.joints.end(), candidate.joints.begin(),
+                                    candidate.joints.end());
+                block.branches.push_back(static_cast<std::int8_t>(candidate.branch));
+                block.parents.push_back(
+                    static_cast<std::int8_t>(from + 1 == point ? candidate.parent : -1));
+            }
+            known = std::move(found);
+            from = point;
+        }
+        block.ends.push_back(static_cast<std::uint32_t>(block.branches.size()));
+    }
+    if (endPoint < place.NumPoints() && from + 1 == endPoint && !place.Pair()) {
+        for (Candidate& candidate : known) {
+            const bool leads = Follow(candidate.joints, from, endPoint);
+            block.exits.push_back(leads ? candidate.joints : JointValues{});
+        }
+    }
+    return block;
+}
+
+CandidateFinder::Candidates CandidateFinder::Continue(const Candidates& known, std::size_t from,
+                                                      std::size_t point)
+{
+    Candidates found;
+    for (std::size_t i = 0; i < known.size(); ++i) {
+        JointValues joints = known[i].joints;
+        if (Follow(joints, from, point)) {
+            Add(std::move(joints), static_cast<int>(i), found);
+        }
+    }
+    return found;
+}
+
+/// Continues one solution to a point, in steps where the way there is long: a long step may end on
+/// another branch.
+bool CandidateFinder::Follow(JointValues& joints, std::size_t from, std::size_t point)
+{
+    constexpr double kLongTurn = kPi / 4.0;
+    constexpr int kSteps = 8;
+    PointSolver& solver = place.SolverAt(point);
+    JointValues next = joints;
+    const bool isReached = solver.Solve(place.Targets().At(point), place.SolveLimits(), next);
+    if (isReached && RotaryTravel(place.Axes(), joints, next) <= kLongTurn) {
+        joints = std::move(next);
+        return true;
+    }
+    if (place.Pair() || place.PointAt(point).isRapid || from + 1 != point) {
+        joints = std::move(next); // the side of the pole tells the branches apart
+        return isReached;
+    }
+    next = joints;
+    for (int step = 1; step <= kSteps; ++step) {
+        const double share = static_cast<double>(step) / kSteps;
+        if (!solver.Solve(place.Targets().Towards(point, share), place.SolveLimits(), next)) {
+            return false;
+        }
+    }
+    joints = std::move(next);
+    return true;
+}
+
+bool CandidateFinder::MayHoldMore(const Candidates& found, const Candidates& before,
+                                  std::size_t point) const
+{
+    if (found.empty() || found.size() < before.size()) {
+        return true;
+    }
+    constexpr std::size_t kBranches = 2;
+    return place.Pair() && found.size() < kBranches &&
+           place.Pair()->Directing(place.PointAt(point).direction).size() == kBranches;
+}
+
+void CandidateFinder::SeekAfresh(std::size_t point, Candidates& into)
+{
+    for (JointValues& joints : Seek(point)) {
+        Add(std::move(joints), -1, into);
+    }
+}
+
+std::vector<JointValues> CandidateFinder::Seek(std::size_t point)
+{
+    if (place.Pair()) {
+        return SeekByPair(point);
+    }
+    PointSolver& solver = place.SolverAt(point);
+    if (solver.FreeRotaryAxes().size() <= kMostSampledRotary) {
+        return SeekByHybridSolver(point);
+    }
+    return SampledSolver(solver).FindAll(place.Targets().At(point));
+}
+
+/// From the angles that give the direction, one solve for each branch finds the other axes. Where
+/// that fails the hybrid solver has its try.
+std::vector<JointValues> CandidateFinder::SeekByPair(std::size_t point)
+{
+    const RotaryPair& pair = *place.Pair();
+    const std::vector<RotaryPair::Angles> angles = pair.Directing(place.PointAt(point).direction);
+    PointSolver& solver = place.SolverAt(point);
+    std::vector<JointValues> found;
+    for (const RotaryPair::Angles& one : angles) {
+        JointValues joints = solver.Initial();
+        joints[pair.FirstAxis()] = one.first;
+        joints[pair.SecondAxis()] = one.second;
+        if (solver.Solve(place.Targets().At(point), place.SolveLimits(), joints)) {
+            found.push_back(std::move(joints));
+        }
+    }
+    return found.size() < angles.size() ? SeekByHybridSolver(point) : found;
+}
+
+std::vector<JointValues> CandidateFinder::SeekByHybridSolver(std::size_t point)
+{
+    PointSolver& solver = place.SolverAt(point);
+    place.Machine().MoveToInitial(); // the starts spread out from where the joints stand
+    return solver.SolveFromSamples(place.Targets().At(point), place.SolveLimits());
+}
+
+/// Adds a solution unless it is there already.
+void CandidateFinder::Add(JointValues joints, int parent, Candidates& into) const
+{
+    const std::vector<const Axis*>& axes = place.Axes();
+    if (into.size() == kMostCandidates ||
+        std::any_of(into.begin(), into.end(), [&](const Candidate& other) {
+            return IsSameSolution(axes, other.joints, joints);
+        })) {
+        return;
+    }
+    for (std::size_t i = 0; i < axes.size(); ++i) {
+        if (axes[i]->isRotary && (axes[i]->IsUnlimited() || !place.IsRedundant())) {
+            joints[i] = BaseImage(*axes[i], joints[i]);
+        }
+    }
+    const int branch =
+        place.Pair() ? place.Pair()->BranchOf(joints[place.Pair()->SecondAxis()]) : 0;
+    into.push_back({std::move(joints), branch, parent});
+    if (place.Pair()) {
+        std::sort(into.begin(), into.end(),
+                  [](const Candidate& a, const Candidate& b) { return a.branch < b.branch; });
+    }
+}
+
+} // namespace host

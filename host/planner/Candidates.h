@@ -1,0 +1,107 @@
+#ifndef TRUNNION_HOST_PLANNER_CANDIDATES_H
+#define TRUNNION_HOST_PLANNER_CANDIDATES_H
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "planner/Workplace.h"
+
+namespace host
+{
+
+/// The solutions at some successive points. What stands for a point depends on the block's own
+/// points alone, so that blocks may be found in any order and by anyone.
+struct CandidateBlock
+{
+    std::size_t firstPoint{0};
+    std::vector<std::uint32_t> ends;   //!< for each point, the end of its candidates
+    std::vector<double> joints;        //!< of all candidates, one after another
+    std::vector<std::int8_t> branches; //!< of all candidates; 0 where the way tells them apart
+    /// Of all candidates: the place, among those of the point before, of the one it continues; -1
+    /// where it begins.
+    std::vector<std::int8_t> parents;
+    /// Where the candidates of the block's last point lead at the next block's first; empty where
+    /// they lead nowhere, or where nothing follows.
+    std::vector<JointValues> exits;
+};
+
+/// The candidates of all points of a path.
+class CandidateTable
+{
+  public:
+    CandidateTable(std::size_t numPoints, std::size_t numAxes, std::size_t perBlock)
+        : points(numPoints), axes(numAxes), blockSize(perBlock)
+    {}
+
+    /// Blocks come in the order of their points.
+    void Append(CandidateBlock block) { blocks.push_back(std::move(block)); }
+    const std::vector<CandidateBlock>& Blocks() const { return blocks; }
+    std::size_t NumPoints() const { return points; }
+    /// Points for which there are blocks.
+    std::size_t NumDone() const;
+
+    std::size_t CountAt(std::size_t point) const;
+    JointValues JointsAt(std::size_t point, std::size_t candidate) const;
+    int BranchAt(std::size_t point, std::size_t candidate) const;
+    int ParentAt(std::size_t point, std::size_t candidate) const;
+    /// Joins the ways through each block to those through the one before it, and numbers the
+    /// branches that only the way tells apart in the order in which they appear.
+    void Link(const std::vector<const Axis*>& ofAxes);
+
+  private:
+    struct Place
+    {
+        std::size_t block;
+        std::size_t begin;
+        std::size_t end;
+    };
+    Place PlaceOf(std::size_t point) const;
+    void LinkFirstPoint(const std::vector<const Axis*>& ofAxes, std::size_t block);
+    void NumberBranches(std::size_t point, int& known);
+
+    std::size_t points;
+    std::size_t axes;
+    std::size_t blockSize;
+    std::vector<CandidateBlock> blocks;
+    std::vector<std::vector<std::int8_t>> numbers; // of the branches, candidate by candidate
+};
+
+/// Finds the distinct solutions at the points of a path: each one known is continued from point to
+/// point, and where a block begins, or a branch is lost, they are sought afresh.
+class CandidateFinder
+{
+  public:
+    explicit CandidateFinder(Workplace& at) : place(at) {}
+
+    /// How many points a block holds: so many that seeking afresh costs little beside continuing,
+    /// so few that there are blocks to share out. On redundant machines all: there a solution found
+    /// afresh would not continue any other.
+    static std::size_t BlockSize(const Workplace& place);
+    CandidateBlock FindBlock(std::size_t firstPoint, std::size_t endPoint);
+
+  private:
+    struct Candidate
+    {
+        JointValues joints;
+        int branch{0};
+        int parent{-1};
+    };
+    using Candidates = std::vector<Candidate>;
+
+    bool IsSettled(std::size_t point) const;
+    Candidates Continue(const Candidates& known, std::size_t from, std::size_t point);
+    bool Follow(JointValues& joints, std::size_t from, std::size_t point);
+    void SeekAfresh(std::size_t point, Candidates& into);
+    std::vector<JointValues> Seek(std::size_t point);
+    std::vector<JointValues> SeekByPair(std::size_t point);
+    std::vector<JointValues> SeekByHybridSolver(std::size_t point);
+    void Add(JointValues joints, int parent, Candidates& into) const;
+    bool MayHoldMore(const Candidates& found, const Candidates& before, std::size_t point) const;
+
+    Workplace& place;
+};
+
+} // namespace host
+
+#endif

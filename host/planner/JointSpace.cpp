@@ -1,0 +1,75 @@
+#include "planner/JointSpace.h"
+
+#include <cmath>
+
+namespace host
+{
+
+double NearestImage(double value, double reference)
+{
+    return value + kTurn * std::round((reference - value) / kTurn);
+}
+
+JointValues NearestImages(const std::vector<const Axis*>& axes, JointValues joints,
+                          const JointValues& reference)
+{
+    for (std::size_t i = 0; i < axes.size(); ++i) {
+        if (axes[i]->isRotary) {
+            joints[i] = NearestImage(joints[i], reference[i]);
+        }
+    }
+    return joints;
+}
+
+double BaseImage(const Axis& axis, double value)
+{
+    if (axis.IsUnlimited()) {
+        return NearestImage(value, 0.0);
+    }
+    const double low = axis.joint->GetLowBound() - kRotarySlack;
+    return value - kTurn * std::floor((value - low) / kTurn);
+}
+
+bool IsWithinLimits(const Axis& axis, double value)
+{
+    const double slack = axis.isRotary ? kRotarySlack : kLinearSlack;
+    return value >= axis.joint->GetLowBound() - slack && value <= axis.joint->GetHiBound() + slack;
+}
+
+bool AreWithinLimits(const std::vector<const Axis*>& axes, const JointValues& joints)
+{
+    for (std::size_t i = 0; i < axes.size(); ++i) {
+        if (!IsWithinLimits(*axes[i], joints[i])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+double RotaryTravel(const std::vector<const Axis*>& axes, const JointValues& from,
+                    const JointValues& to)
+{
+    double travel = 0.0;
+    for (std::size_t i = 0; i < axes.size(); ++i) {
+        if (axes[i]->isRotary) {
+            travel += std::fabs(to[i] - from[i]);
+        }
+    }
+    return travel;
+}
+
+bool IsSameSolution(const std::vector<const Axis*>& axes, const JointValues& a,
+                    const JointValues& b)
+{
+    constexpr double kLinearApart = 1e-3; // [length]
+    constexpr double kRotaryApart = 1e-3; // [rad]
+    for (std::size_t i = 0; i < axes.size(); ++i) {
+        const double other = axes[i]->isRotary ? NearestImage(b[i], a[i]) : b[i];
+        if (!(std::fabs(a[i] - other) <= (axes[i]->isRotary ? kRotaryApart : kLinearApart))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace host

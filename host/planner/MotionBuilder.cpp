@@ -1,0 +1,375 @@
+#include "planner/MotionBuilder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "machine/AxisText.h"
+#include "planner/JointSpace.h"
+#include "solve/Unreached.h"
+#include "text/Numbers.h"
+
+namespace host
+{
+
+namespace
+{
+
+constexpr int kNoBranch = 0;             // at the pole the branches are one
+constexpr double kLargeTurn = kPi / 2.0; // of one axis on the way between two points
+
+/// The values nearest to their ranges, whole turns being free, and what lies outside them.
+std::vector<ExceededAxis> Exceeded(const std::vector<const Axis*>& axes, JointValues& joints)
+{
+    std::vector<ExceededAxis> exceeded;
+    for (std::size_t i = 0; i < axes.size(); ++i) {
+        const double low = axes[i]->joint->GetLowBound();
+        const double high = axes[i]->joint->GetHiBound();
+        if (axes[i]->isRotary && !axes[i]->IsUnlimited()) {
+            joints[i] = NearestImage(joints[i], (low + high) / 2.0);
+        }
+        if (!IsWithinLimits(*axes[i], joints[i])) {
+            exceeded.push_back({axes[i], joints[i]});
+            joints[i] = std::clamp(joints[i], low, high);
+        }
+    }
+    return exceeded;
+}
+
+} // namespace
+
+MotionBuilder::MotionBuilder(Workplace& at, const CandidateTable& ofCandidates,
+                             const Choice& ofMotion, RowTaker toRows, EventTaker toEvents)
+    : place(at), candidates(ofCandidates), choice(ofMotion), linearisation(at),
+      takeRow(std::move(toRows)), takeEvent(std::move(toEvents)), current(at.SolverAt(0).Initial()),
+      isAtLimit(current.size(), false)
+{}
+
+void MotionBuilder::Build(std::size_t point)
+{
+    if (const std::optional<MotionState> state = choice.StateAt(point)) {
+        if (choice.BreaksBefore(point) && !Swing(point, *state)) {
+            return;
+        }
+        JointValues joints = state->joints;
+        for (std::size_t i = 0; i < joints.size(); ++i) {
+            if (place.Axes()[i]->isRotary && place.Axes()[i]->IsUnlimited()) {
+                joints[i] = NearestImage(joints[i], current[i]);
+            }
+        }
+        BuildPoint(point, std::move(joints), state->branch);
+    } else if (place.IsAtPole(place.PointAt(point).direction)) {
+        if (const std::optional<JointValues> joints = StandAtPole(point)) {
+            BuildPoint(point, *joints, kNoBranch);
+        }
+    } else {
+        Fail(point, WhyNot(point));
+    }
+}
+
+void MotionBuilder::BuildPoint(std::size_t point, JointValues joints, int branch)
+{
+    const CutterLocation asked = place.Targets().LocationAt(point);
+    if (!place.SettleWithinLimits(point, asked, joints)) {
+        Fail(point, "the axes reach it only just beyond their limits; widen them or move the part");
+        return;
+    }
+    const JointValues before = current;
+    if (!LeadTo(point, joints)) {
+        return;
+    }
+    NotePole(point);
+    MotionRow row;
+    row.point = point;
+    row.asked = asked;
+    row.branch = branch;
+    row.flags.isRapid = place.PointAt(point).isRapid;
+    row.flags.isFlip = NoteSwing(point, before, joints, branch);
+    row.joints = std::move(joints);
+    stands = point;
+    isFollowed = true;
+    currentBranch = branch == kNoBranch ? currentBranch : branch;
+    Emit(std::move(row));
+}
+
+/// Emits the rows on the straight way to a point. False, and the point has failed, where the axes
+/// cannot keep to it.
+bool MotionBuilder::LeadTo(std::size_t point, const JointValues& joints)
+{
+    if (!place.Options().insertsRows || !isFollowed || place.PointAt(point).isRapid) {
+        return true;
+    }
+    std::vector<WayStation> stations;
+    const Linearisation::Outcome outcome = linearisation.Insert(point, current, joints, stations);
+    switch (outcome) {
+    case Linearisation::Outcome::Kept:
+        break;
+    case Linearisation::Outcome::OutOfReach:
+        Fail(point, "a place on the straight way to it is not reached; put points on a way around");
+        return false;
+    case Linearisation::Outcome::OutOfLimits:
+        Fail(point, "on the straight way to it an axis leaves its limits; put points on a way "
+                    "around, or move the part");
+        return false;
+    case Linearisation::Outcome::Unsteady:
+        Fail(point, "the axes cannot keep the tool within the tolerances on the straight way to "
+                    "it; allow wider ones");
+        return false;
+    }
+    for (WayStation& station : stations) {
+        MotionRow row;
+        row.point = point;
+        row.joints = std::move(station.joints);
+        row.asked = place.Targets().Towards(point, station.share).at;
+        row.branch = place.Pair() ? place.Pair()->BranchOf(row.joints[place.Pair()->SecondAxis()])
+                                  : currentBranch;
+        row.flags.isInserted = true;
+        Emit(std::move(row));
+    }
+    return true;
+}
+
+void MotionBuilder::Fail(std::size_t point, const std::string& sentence)
+{
+    Report(EventKind::Failed, point, sentence);
+    isFollowed = false;
+    MotionRow row;
+    row.point = point;
+    row.asked = place.Targets().LocationAt(point);
+    row.flags.isRapid = place.PointAt(point).isRapid;
+    row.flags.hasFailed = true;
+    takeRow(row);
+}
+
+std::string MotionBuilder::WhyNot(std::size_t point)
+{
+    const ShownUnits units{place.Machine().length, AngleUnit::Degree};
+    std::optional<Unreached> least;
+    PointSolver& solver = place.SolverAt(point);
+    for (std::size_t i = 0; i < candidates.CountAt(point); ++i) {
+        JointValues joints = candidates.JointsAt(point, i);
+        Unreached unreached;
+        unreached.cause = Unreached::Cause::Limits;
+        unreached.exceeded = Exceeded(place.Axes(), joints);
+        unreached.remaining = solver.ErrorAt(joints, place.Targets().LocationAt(point));
+        if (!least || unreached.exceeded.size() < least->exceeded.size()) {
+            least = std::move(unreached);
+        }
+    }
+    if (!least) {
+        place.Machine().MoveToInitial();
+        least = Diagnose(place.Machine(), solver.Stream(), place.PointAt(point));
+    }
+    return Sentence(*least, units);
+}
+
+/// Spreads the turn of the free axis over the points of a stretch at the pole, evenly along the way
+/// from the point before it to the one behind it; a turn that can be made at a rapid is made there.
+void MotionBuilder::PlanPole(std::size_t point)
+{
+    const std::size_t axis = place.Pair()->FirstAxis();
+    poleBegin = point;
+    poleEnd = point;
+    std::optional<std::size_t> rapid;
+    std::vector<double> way; // up to each point of the stretch and the one behind it [length]
+    double length = 0.0;
+    for (; poleEnd < candidates.NumDone(); ++poleEnd) {
+        const ToolPoint& next = place.PointAt(poleEnd);
+        if (poleEnd > 0) {
+            length += Length(next.position - place.PointAt(poleEnd - 1).position);
+        }
+        way.push_back(length);
+        if (next.isRapid && !rapid) {
+            rapid = poleEnd;
+        }
+        if (!place.IsAtPole(next.direction)) {
+            break;
+        }
+    }
+    const std::optional<MotionState> behind =
+        poleEnd < candidates.NumDone() ? choice.StateAt(poleEnd) : std::nullopt;
+    const double before = current[axis];
+    double after = behind ? behind->joints[axis] : before;
+    if (place.Axes()[axis]->IsUnlimited()) {
+        after = NearestImage(after, before);
+    }
+    const double begin = stands ? before : after;
+    poleTurns.clear();
+    for (std::size_t i = poleBegin; i < poleEnd; ++i) {
+        const double share = length > 0.0 ? way[i - poleBegin] / length : 0.0;
+        poleTurns.push_back(rapid ? (i < *rapid ? begin : after) : begin + share * (after - begin));
+    }
+}
+
+std::optional<JointValues> MotionBuilder::StandAtPole(std::size_t point)
+{
+    if (point >= poleEnd || point < poleBegin) {
+        PlanPole(point);
+    }
+    JointValues joints = current;
+    const double first = poleTurns[point - poleBegin];
+    if (!place.SolveAtPole(point, place.Targets().LocationAt(point), first, joints) ||
+        !AreWithinLimits(place.Axes(), joints)) {
+        const ShownUnits units{place.Machine().length, AngleUnit::Degree};
+        Fail(point, "the tool is at the pole here, and with " +
+                        ValueText(*place.Axes()[place.Pair()->FirstAxis()], first, units) +
+                        " the other axes do not reach it within their limits; move the part");
+        return std::nullopt;
+    }
+    return joints;
+}
+
+/// Swings the axes with the tool pulled back at the last point, so that the way to `point` can be
+/// gone in the branch and on the turns of `state`. False, and the point has failed, where that is
+/// not wanted or not possible.
+bool MotionBuilder::Swing(std::size_t point, const MotionState& state)
+{
+    const bool isRewind = place.Pair() ? state.branch == currentBranch
+                                       : candidates.ParentAt(point, state.candidate) >= 0;
+    const EventKind kind = isRewind ? EventKind::Rewind : EventKind::Flip;
+    const PlanOptions& options = place.Options();
+    if ((isRewind ? options.rewind : options.branchChange) == RetractPolicy::Refuse) {
+        Fail(point,
+             isRewind
+                 ? "an axis has run out of turns here, and there is no rapid at which it could "
+                   "have been turned back; allow --rewind retract, or put a rapid before"
+                 : "from here on only another branch keeps to the limits; allow --branch-change "
+                   "retract, or put a rapid before");
+        return false;
+    }
+    const std::size_t from = *stands;
+    const CutterLocation foot = place.Targets().LocationAt(from);
+    const CutterLocation back{foot.position + options.retract * foot.direction, foot.direction};
+    const std::optional<JointValues> there = OnBranchOf(state, from);
+    JointValues pulled = current;
+    JointValues swung = there.value_or(current);
+    if (!isFollowed || !there || !place.SolverAt(from).SolveLinear(back.position, pulled) ||
+        !place.SolverAt(from).SolveLinear(back.position, swung) ||
+        !AreWithinLimits(place.Axes(), pulled) || !AreWithinLimits(place.Axes(), swung)) {
+        Fail(point, "an axis has to swing before it, and there is no room within the limits to "
+                    "pull the tool back for that; change --retract, or put a rapid before");
+        return false;
+    }
+    Report(kind, from,
+           "the tool is pulled back by " + DecimalText(options.retract) +
+               (isRewind ? ", an axis is turned back by whole turns, and the tool returns"
+                         : ", the axes swing to branch " + std::to_string(state.branch) +
+                               ", and the tool returns"));
+    const std::vector<std::pair<JointValues, CutterLocation>> stands3{
+        {pulled, back}, {swung, back}, {*there, foot}};
+    for (const auto& [joints, asked] : stands3) {
+        MotionRow row;
+        row.point = from;
+        row.joints = joints;
+        row.asked = asked;
+        row.branch = &joints == &stands3.front().first ? currentBranch : state.branch;
+        row.flags.isRewind = true;
+        row.flags.isFlip = !isRewind;
+        Emit(std::move(row));
+    }
+    currentBranch = state.branch;
+    return true;
+}
+
+/// The axes at a point in the branch, and on the turns, that they have at the next.
+std::optional<JointValues> MotionBuilder::OnBranchOf(const MotionState& state, std::size_t point)
+{
+    const PathTarget target = place.Targets().At(point);
+    JointValues joints = state.joints;
+    if (!place.SolverAt(point).Solve(target, place.SolveLimits(), joints)) {
+        return std::nullopt;
+    }
+    joints = NearestImages(place.Axes(), std::move(joints), state.joints);
+    if (!place.SettleWithinLimits(point, target.at, joints)) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < joints.size(); ++i) {
+        if (place.Axes()[i]->isRotary && place.Axes()[i]->IsUnlimited()) {
+            joints[i] = NearestImage(joints[i], current[i]);
+        }
+    }
+    return joints;
+}
+
+void MotionBuilder::Emit(MotionRow row)
+{
+    row.error = place.SolverAt(row.point).ErrorAt(row.joints, row.asked);
+    row.flags.isPole = place.IsInPoleCone(row.asked.direction);
+    NoteLimits(row);
+    current = row.joints;
+    takeRow(row);
+}
+
+void MotionBuilder::NoteLimits(MotionRow& row)
+{
+    const ShownUnits units{place.Machine().length, AngleUnit::Degree};
+    for (std::size_t i = 0; i < row.joints.size(); ++i) {
+        const Axis& axis = *place.Axes()[i];
+        const double slack = axis.isRotary ? kRotarySlack : kLinearSlack;
+        const bool isThere = row.joints[i] <= axis.joint->GetLowBound() + slack ||
+                             row.joints[i] >= axis.joint->GetHiBound() - slack;
+        if (isThere && !isAtLimit[i]) {
+            Report(EventKind::Limit, row.point,
+                   ValueText(axis, row.joints[i], units) + " is at its limit (" +
+                       LimitsText(axis, units) + ")");
+        }
+        isAtLimit[i] = isThere;
+        row.flags.isAtLimit = row.flags.isAtLimit || isThere;
+    }
+}
+
+void MotionBuilder::NotePole(std::size_t point)
+{
+    const Vec3 direction = place.PointAt(point).direction;
+    const bool isThere = place.IsInPoleCone(direction);
+    const bool isPassed = isFollowed && point > 0 && !place.PointAt(point).isRapid &&
+                          place.Pair() &&
+                          place.Pair()->AngleToPole(place.PointAt(point - 1).direction,
+                                                    direction) <= place.Options().poleCone;
+    if ((isThere || isPassed) && !isInCone) {
+        Report(EventKind::Pole, point,
+               "the tool comes within " + DecimalText(ToDegrees(place.Options().poleCone)) +
+                   " deg of the pole of " + place.Axes()[place.Pair()->FirstAxis()]->name);
+    }
+    isInCone = isThere;
+}
+
+/// Reports what swings on the way to a point; true when that is worth a flag.
+bool MotionBuilder::NoteSwing(std::size_t point, const JointValues& before,
+                              const JointValues& joints, int branch)
+{
+    if (!stands) {
+        return false;
+    }
+    const bool isFree = place.PointAt(point).isRapid || !isFollowed;
+    const std::string way = isFree ? " on the rapid to it" : " on the way to it";
+    if (branch != kNoBranch && currentBranch != kNoBranch && branch != currentBranch) {
+        Report(isFree ? EventKind::Flip : EventKind::Pole, point,
+               isFree ? "the axes swing to branch " + std::to_string(branch) + way
+                      : "the tool passes over the pole to branch " + std::to_string(branch));
+        return isFree;
+    }
+    bool isLarge = false;
+    for (std::size_t i = 0; i < joints.size(); ++i) {
+        const Axis& axis = *place.Axes()[i];
+        const double turn = std::fabs(joints[i] - before[i]);
+        if (!axis.isRotary) {
+            continue;
+        }
+        const std::string turns = axis.name + " turns by " + DecimalText(ToDegrees(turn)) + " deg";
+        if (isFree && !axis.IsUnlimited() && turn > kPi) {
+            Report(EventKind::Rewind, point, turns + way);
+        } else if (!isFree && turn > kLargeTurn) {
+            Report(EventKind::Flip, point, turns + way);
+            isLarge = true;
+        }
+    }
+    return isLarge;
+}
+
+void MotionBuilder::Report(EventKind kind, std::size_t point, const std::string& sentence)
+{
+    takeEvent({kind, point, place.PointAt(point).line, sentence});
+}
+
+} // namespace host

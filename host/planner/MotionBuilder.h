@@ -1,0 +1,73 @@
+#ifndef TRUNNION_HOST_PLANNER_MOTION_BUILDER_H
+#define TRUNNION_HOST_PLANNER_MOTION_BUILDER_H
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "motion/Event.h"
+#include "motion/MotionRow.h"
+#include "planner/Choice.h"
+#include "planner/Linearisation.h"
+#include "planner/Workplace.h"
+
+namespace host
+{
+
+/// Turns a choice into the rows of the motion, point by point: unlimited axes on their nearest
+/// turns, the free axis led over the pole, rows inserted, axes swung away from the part.
+class MotionBuilder
+{
+  public:
+    using RowTaker = std::function<void(const MotionRow&)>;
+    using EventTaker = std::function<void(const Event&)>;
+
+    MotionBuilder(Workplace& at, const CandidateTable& ofCandidates, const Choice& ofMotion,
+                  RowTaker toRows, EventTaker toEvents);
+
+    /// The rows that lead to this point and the point's own. Points come in their order.
+    void Build(std::size_t point);
+
+  private:
+    void BuildPoint(std::size_t point, JointValues joints, int branch);
+    bool LeadTo(std::size_t point, const JointValues& joints);
+    void Fail(std::size_t point, const std::string& sentence);
+    std::string WhyNot(std::size_t point);
+
+    void PlanPole(std::size_t point);
+    std::optional<JointValues> StandAtPole(std::size_t point);
+
+    bool Swing(std::size_t point, const MotionState& state);
+    std::optional<JointValues> OnBranchOf(const MotionState& state, std::size_t point);
+
+    void Emit(MotionRow row);
+    void NoteLimits(MotionRow& row);
+    void NotePole(std::size_t point);
+    bool NoteSwing(std::size_t point, const JointValues& before, const JointValues& joints,
+                   int branch);
+    void Report(EventKind kind, std::size_t point, const std::string& sentence);
+
+    Workplace& place;
+    const CandidateTable& candidates;
+    const Choice& choice;
+    Linearisation linearisation;
+    RowTaker takeRow;
+    EventTaker takeEvent;
+
+    JointValues current;               // where the axes stand
+    std::optional<std::size_t> stands; // the point at which they do; nothing before the first
+    int currentBranch{0};
+    bool isFollowed{false}; // the point before was reached, so that there is a way from it
+    bool isInCone{false};
+    std::vector<bool> isAtLimit;
+    // The stretch of points at the pole that is under way: how its free axis turns.
+    std::size_t poleEnd{0};
+    std::vector<double> poleTurns;
+    std::size_t poleBegin{0};
+};
+
+} // namespace host
+
+#endif

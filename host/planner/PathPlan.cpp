@@ -1,0 +1,156 @@
+#include "planner/PathPlan.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "planner/Choice.h"
+
+namespace host
+{
+
+namespace
+{
+
+std::vector<const Axis*> AxesOfAll(const LoadedMachine& machine,
+                                   const std::vector<const LoadedStream*>& streams)
+{
+    std::set<std::size_t> moved;
+    for (const LoadedStream* stream : streams) {
+        moved.insert(stream->axes.begin(), stream->axes.end());
+    }
+    std::vector<const Axis*> axes;
+    for (const std::size_t index : moved) {
+        axes.push_back(&machine.axes[index]);
+    }
+    return axes;
+}
+
+} // namespace
+
+PathPlan::PathPlan(const PlanRequest& request) : axes(AxesOfAll(request.machine, request.streams))
+{
+    const std::vector<ToolPoint>& points = request.path.points;
+    const auto streamAt = [&](std::size_t point) {
+        return request.streams[static_cast<std::size_t>(points[point].operation)];
+    };
+    for (std::size_t begin = 0; begin < points.size();) {
+        std::size_t end = begin + 1;
+        while (end < points.size() && streamAt(end) == streamAt(begin)) {
+            ++end;
+        }
+        AddSection(request, begin, end);
+        begin = end;
+    }
+}
+
+void PathPlan::AddSection(const PlanRequest& request, std::size_t begin, std::size_t end)
+{
+    const std::vector<ToolPoint>& points = request.path.points;
+    const LoadedStream& stream =
+        *request.streams[static_cast<std::size_t>(points[begin].operation)];
+    const auto at = [](std::size_t index) { return static_cast<std::ptrdiff_t>(index); };
+    Section section;
+    section.firstPoint = begin;
+    if (end - begin < points.size()) {
+        section.part = std::make_unique<Toolpath>();
+        section.part->file = request.path.file;
+        section.part->points.assign(points.begin() + at(begin), points.begin() + at(end));
+    }
+    std::vector<Vec3> xAxes;
+    if (!request.toolXAxes.empty()) {
+        xAxes.assign(request.toolXAxes.begin() + at(begin), request.toolXAxes.begin() + at(end));
+    }
+    section.place = std::make_unique<Workplace>(
+        request.machine, stream,
+        PathTargets(section.part ? *section.part : request.path, std::move(xAxes)),
+        request.toolLengths, request.options, request.settings);
+    for (const Axis* axis : section.place->Axes()) {
+        section.axisOf.push_back(
+            static_cast<std::size_t>(std::find(axes.begin(), axes.end(), axis) - axes.begin()));
+    }
+    const std::size_t blockSize = CandidateFinder::BlockSize(*section.place);
+    section.table = std::make_unique<CandidateTable>(end - begin, section.axisOf.size(), blockSize);
+    section.firstBlock = blocks.size();
+    for (std::size_t first = 0; first < end - begin; first += blockSize) {
+        blocks.push_back({sections.size(), first, std::min(first + blockSize, end - begin)});
+    }
+    sections.push_back(std::move(section));
+}
+
+std::size_t PathPlan::PointsUpTo(std::size_t block) const
+{
+    return sections[blocks[block].section].firstPoint + blocks[block].end;
+}
+
+CandidateBlock PathPlan::FindBlock(std::size_t block)
+{
+    const Block& of = blocks[block];
+    return CandidateFinder(*sections[of.section].place).FindBlock(of.begin, of.end);
+}
+
+void PathPlan::Append(CandidateBlock next)
+{
+    sections[blocks[appended++].section].table->Append(std::move(next));
+}
+
+const CandidateBlock& PathPlan::Appended(std::size_t block) const
+{
+    const Section& section = sections[blocks[block].section];
+    return section.table->Blocks()[block - section.firstBlock];
+}
+
+bool PathPlan::Build(const Takers& takers)
+{
+    std::vector<double> values;
+    std::transform(axes.begin(), axes.end(), std::back_inserter(values),
+                   [](const Axis* axis) { return axis->initial; });
+    for (std::size_t i = 0; i < sections.size(); ++i) {
+        if (!BuildSection(i, takers, values)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// @param values where the axes of the rows stand; left where the section leaves them
+bool PathPlan::BuildSection(std::size_t index, const Takers& takers, std::vector<double>& values)
+{
+    Section& section = sections[index];
+    CandidateTable& table = *section.table;
+    if (table.Blocks().empty()) {
+        return true;
+    }
+    table.Link(section.place->Axes());
+    JointValues start;
+    for (const std::size_t axis : section.axisOf) {
+        start.push_back(values[axis]);
+    }
+    section.place->SetStart(std::move(start));
+    const Choice choice(*section.place, table);
+
+    MotionRow shown;
+    const auto takeRow = [&](const MotionRow& row) {
+        shown = row;
+        shown.point += section.firstPoint;
+        for (std::size_t i = 0; i < row.joints.size(); ++i) {
+            values[section.axisOf[i]] = row.joints[i];
+        }
+        shown.joints = row.flags.hasFailed ? std::vector<double>{} : values;
+        takers.row(shown);
+    };
+    const auto takeEvent = [&](Event event) {
+        event.point += section.firstPoint;
+        takers.event(event);
+    };
+    MotionBuilder builder(*section.place, table, choice, takeRow, takeEvent);
+    for (std::size_t point = 0; point < table.NumDone(); ++point) {
+        if (!takers.mayGoOn(section.firstPoint + point)) {
+            return false;
+        }
+        builder.Build(point);
+    }
+    return true;
+}
+
+} // namespace host

@@ -1,0 +1,91 @@
+#ifndef TRUNNION_HOST_PLANNER_PATH_PLAN_H
+#define TRUNNION_HOST_PLANNER_PATH_PLAN_H
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "machine/LoadedMachine.h"
+#include "planner/Candidates.h"
+#include "planner/MotionBuilder.h"
+#include "planner/PlanOptions.h"
+#include "planner/Workplace.h"
+#include "toolpath/Toolpath.h"
+
+namespace host
+{
+
+/// What is to be planned. Machine and path outlive the plan.
+struct PlanRequest
+{
+    const LoadedMachine& machine;
+    const Toolpath& path;
+    std::vector<const LoadedStream*> streams; //!< of each operation
+    std::vector<double> toolLengths;          //!< of each operation [length]
+    std::vector<Vec3> toolXAxes; //!< of each point; empty where the turn about the tool is free
+    PlanOptions options;
+    SolverSettings settings;
+};
+
+/// From a path to its motion, in two stages: first the candidates, block by block in any order,
+/// then one pass that chooses among them all and builds the rows. Operations of different streams
+/// are planned one after the other, each from where the one before it leaves the axes.
+class PathPlan
+{
+  public:
+    /// Looks at every row and event, in the order of the motion; false ends the building.
+    struct Takers
+    {
+        MotionBuilder::RowTaker row;
+        MotionBuilder::EventTaker event;
+        std::function<bool(std::size_t point)> mayGoOn; //!< before each point
+    };
+
+    explicit PathPlan(const PlanRequest& request);
+
+    std::size_t NumBlocks() const { return blocks.size(); }
+    /// Points up to the end of this block.
+    std::size_t PointsUpTo(std::size_t block) const;
+    /// Finds the candidates of a block. Does not depend on what was found before.
+    CandidateBlock FindBlock(std::size_t block);
+    /// Takes the candidates of the next block.
+    void Append(CandidateBlock found);
+    std::size_t NumAppended() const { return appended; }
+    const CandidateBlock& Appended(std::size_t block) const;
+
+    /// The axes of all streams that work on the path, in the machine's order: those of the rows.
+    const std::vector<const Axis*>& Axes() const { return axes; }
+    /// Chooses the motion through the candidates appended so far and builds its rows, for as long
+    /// as it may go on. False when it might not.
+    bool Build(const Takers& takers);
+
+  private:
+    /// Successive points of one stream.
+    struct Section
+    {
+        std::size_t firstPoint{0};
+        std::unique_ptr<Toolpath> part; // null where the section is the whole path
+        std::unique_ptr<Workplace> place;
+        std::vector<std::size_t> axisOf; // for each of its axes, the place among those of the rows
+        std::unique_ptr<CandidateTable> table;
+        std::size_t firstBlock{0};
+    };
+    struct Block
+    {
+        std::size_t section;
+        std::size_t begin; // points of the section
+        std::size_t end;
+    };
+
+    void AddSection(const PlanRequest& request, std::size_t begin, std::size_t end);
+    bool BuildSection(std::size_t index, const Takers& takers, std::vector<double>& values);
+
+    std::vector<const Axis*> axes;
+    std::vector<Section> sections;
+    std::vector<Block> blocks;
+    std::size_t appended{0};
+};
+
+} // namespace host
+
+#endif

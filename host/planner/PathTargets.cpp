@@ -1,0 +1,33 @@
+#include "planner/PathTargets.h"
+
+#include "solve/ToolRoll.h"
+
+namespace host
+{
+
+CutterLocation PathTargets::LocationAt(std::size_t point) const
+{
+    return {path.points[point].position, path.points[point].direction};
+}
+
+PathTarget PathTargets::At(std::size_t point) const
+{
+    PathTarget target{LocationAt(point), std::nullopt};
+    if (!xAxes.empty()) {
+        target.xAxis = xAxes[point];
+    }
+    return target;
+}
+
+PathTarget PathTargets::Towards(std::size_t point, double share) const
+{
+    const CutterLocation from = LocationAt(point - 1);
+    const CutterLocation to = LocationAt(point);
+    PathTarget target{Between(from, to, share), std::nullopt};
+    if (!xAxes.empty()) {
+        target.xAxis = XAxisBetween(xAxes[point - 1], xAxes[point], share, target.at.direction);
+    }
+    return target;
+}
+
+} // namespace host

@@ -1,0 +1,94 @@
+#include "planner/Workplace.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "planner/JointSpace.h"
+
+namespace host
+{
+
+namespace
+{
+
+constexpr std::size_t kNumbersOfDirection = 5;   // position and tool direction
+constexpr std::size_t kNumbersOfOrientation = 6; // position and the whole orientation
+
+} // namespace
+
+Workplace::Workplace(const LoadedMachine& ofMachine, const LoadedStream& stream, PathTargets ofPath,
+                     std::vector<double> ofTools, const PlanOptions& withOptions,
+                     const SolverSettings& withSettings)
+    : machine(ofMachine), targets(std::move(ofPath)), toolLengths(std::move(ofTools)),
+      options(withOptions), settings(withSettings), solver(ofMachine, stream, withSettings),
+      pair(RotaryPair::Of(solver)),
+      isRedundant(solver.FreeAxes().size() >
+                  (targets.FixWholeOrientation() ? kNumbersOfOrientation : kNumbersOfDirection)),
+      start(solver.Initial())
+{}
+
+PointSolver& Workplace::SolverAt(std::size_t point)
+{
+    const int operation = PointAt(point).operation;
+    if (operation != seated) {
+        solver.Stream().SetToolLength(toolLengths[static_cast<std::size_t>(operation)]);
+        seated = operation;
+    }
+    return solver;
+}
+
+double Workplace::HoldAngle() const
+{
+    return std::min(ToRadians(options.tolerances.angle_deg) / 2.0, options.poleCone);
+}
+
+bool Workplace::IsAtPole(const Vec3& direction) const
+{
+    return pair && pair->AngleToPole(direction) <= HoldAngle();
+}
+
+bool Workplace::PassesPole(const Vec3& from, const Vec3& to) const
+{
+    return pair && pair->AngleToPole(from, to) <= HoldAngle();
+}
+
+bool Workplace::IsInPoleCone(const Vec3& direction) const
+{
+    return pair && pair->AngleToPole(direction) <= options.poleCone;
+}
+
+bool Workplace::SolveAtPole(std::size_t point, const CutterLocation& at, double first,
+                            JointValues& joints)
+{
+    JointValues tried = joints;
+    const std::size_t second = pair->SecondAxis();
+    tried[pair->FirstAxis()] = first;
+    tried[second] = NearestImage(pair->NearestSecond(at.direction, first), joints[second]);
+    if (!SolverAt(point).SolveLinear(at.position, tried)) {
+        return false;
+    }
+    joints = std::move(tried);
+    return true;
+}
+
+bool Workplace::SettleWithinLimits(std::size_t point, const CutterLocation& at, JointValues& joints)
+{
+    if (!AreWithinLimits(Axes(), joints)) {
+        return false;
+    }
+    JointValues settled = joints;
+    for (std::size_t i = 0; i < settled.size(); ++i) {
+        const IkJoint& joint = *Axes()[i]->joint;
+        settled[i] = std::clamp(settled[i], joint.GetLowBound(), joint.GetHiBound());
+    }
+    if (settled == joints) {
+        return true;
+    }
+    if (!SolverAt(point).SolveLinear(at.position, settled)) {
+        return false;
+    }
+    joints = std::move(settled);
+    return true;
+}
+
+} // namespace host
