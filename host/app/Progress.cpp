@@ -1,5 +1,7 @@
 #include "app/Progress.h"
 
+#include <utility>
+
 #include <unistd.h>
 
 namespace host
@@ -13,8 +15,8 @@ constexpr const char* kClearLine = "\r\x1B[K";
 
 } // namespace
 
-Progress::Progress(std::ostream& onTerminal, std::size_t ofTotal, bool isWanted)
-    : terminal(onTerminal), total(ofTotal), isShown(isWanted)
+Progress::Progress(std::ostream& onTerminal, std::string ofWhat, std::size_t ofTotal, bool isWanted)
+    : terminal(onTerminal), what(std::move(ofWhat)), total(ofTotal), isShown(isWanted)
 {}
 
 Progress::~Progress()
@@ -32,7 +34,7 @@ void Progress::Show(std::size_t done)
         return;
     }
     next = now + kInterval;
-    terminal << kClearLine << "point " << done << " of " << total << std::flush;
+    terminal << kClearLine << what << " " << done << " of " << total << std::flush;
     isOnScreen = true;
 }
 

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <ostream>
+#include <string>
 
 namespace host
 {
@@ -12,8 +13,8 @@ namespace host
 class Progress
 {
   public:
-    /// Shows nothing unless `isWanted`.
-    Progress(std::ostream& onTerminal, std::size_t ofTotal, bool isWanted);
+    /// Counts what `ofWhat` says, for instance "solving point". Shows nothing unless `isWanted`.
+    Progress(std::ostream& onTerminal, std::string ofWhat, std::size_t ofTotal, bool isWanted);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -26,6 +27,7 @@ class Progress
     using Clock = std::chrono::steady_clock;
 
     std::ostream& terminal;
+    std::string what;
     std::size_t total;
     bool isShown;
     bool isOnScreen{false};

@@ -1,6 +1,5 @@
 #include "app/SolveCommand.h"
 
-#include <algorithm>
 #include <chrono>
 #include <initializer_list>
 #include <string>
@@ -8,10 +7,12 @@
 
 #include "app/Interrupt.h"
 #include "app/Progress.h"
+#include "app/SolveSetup.h"
 #include "app/Summary.h"
 #include "machine/AxisText.h"
 #include "machine/LoadedMachine.h"
-#include "solve/WarmStart.h"
+#include "planner/Checkpoint.h"
+#include "planner/PathPlan.h"
 #include "table/JointTable.h"
 #include "text/InputError.h"
 #include "text/OutputFile.h"
@@ -23,84 +24,121 @@ namespace host
 namespace
 {
 
-void RefuseOverwriting(const std::filesystem::path& output,
-                       std::initializer_list<std::filesystem::path> inputs)
+namespace fs = std::filesystem;
+
+void RefuseOverwriting(const fs::path& output, std::initializer_list<fs::path> inputs)
 {
-    for (const std::filesystem::path& input : inputs) {
+    for (const fs::path& input : inputs) {
         std::error_code notThere;
-        if (std::filesystem::equivalent(output, input, notThere)) {
+        if (fs::equivalent(output, input, notThere)) {
             throw InputError(output.string(),
                              "the table would replace a file that is read; choose another name");
         }
     }
 }
 
-MotionRow RowOf(std::size_t index, const ToolPoint& point, const std::optional<Reached>& reached)
+fs::path WithSuffix(fs::path path, const char* suffix)
 {
-    MotionRow row;
-    row.point = index;
-    row.asked = {point.position, point.direction};
-    row.flags.isRapid = point.isRapid;
-    row.flags.hasFailed = !reached;
-    if (reached) {
-        row.joints = reached->joints;
-        row.error = reached->error;
-    }
-    return row;
+    path += suffix;
+    return path;
 }
 
 /// One run over a path.
 class Run
 {
   public:
-    Run(const SolveOptions& options, const LoadedMachine& machine, const LoadedStream& stream,
-        const Toolpath& ofPath, std::ostream& messages)
-        : path(ofPath), err(messages), units{machine.length, options.inRadians ? AngleUnit::Radian
-                                                                               : AngleUnit::Degree},
-          solver(machine, stream), table(machine.AxesOf(stream), units),
-          summary(machine.AxesOf(stream), units),
-          progress(messages, ofPath.points.size(), !options.isQuiet && IsErrorATerminal())
+    Run(const SolveOptions& ofUser, const PlanRequest& request, std::ostream& messages)
+        : options(ofUser), path(request.path), err(messages),
+          plan(request), units{request.machine.length,
+                               ofUser.inRadians ? AngleUnit::Radian : AngleUnit::Degree},
+          table(plan.Axes(), units), summary(plan.Axes(), units),
+          showsProgress(!ofUser.isQuiet && IsErrorATerminal()),
+          checkpoint(WithSuffix(ofUser.output, ".resume"))
     {}
 
-    /// False when it was interrupted.
-    bool WriteTo(OutputFile& file, const Interrupt& interrupt)
+    /// False when it was interrupted; what is done is then kept.
+    bool Execute(const Interrupt& interrupt)
     {
-        file.Write(table.Header());
-        for (done = 0; done < path.points.size(); ++done) {
-            if (interrupt.IsRequested()) {
-                progress.Clear();
-                return false;
-            }
-            TakePoint(file, path.points[done]);
+        OutputFile file(options.output);
+        const std::string fingerprint = RunFingerprint(options);
+        if (options.resumes) {
+            LoadCheckpoint(checkpoint, fingerprint, plan);
         }
-        progress.Clear();
+        // Rows are written even where not all points are solved: for the user to look at.
+        const bool isFound = FindCandidates(interrupt);
+        const bool isWritten = WriteRows(file, interrupt, isFound);
+        if (!isFound || !isWritten) {
+            SaveCheckpoint(checkpoint, fingerprint, plan);
+            Explain(file, isFound);
+            return false;
+        }
+        file.Finish();
+        std::error_code ignored; // what an earlier, interrupted run has left
+        fs::remove(checkpoint, ignored);
+        fs::remove(WithSuffix(options.output, ".partial"), ignored);
         return true;
     }
 
-    std::size_t Done() const { return done; }
     const Summary& Result() const { return summary; }
 
   private:
-    void TakePoint(OutputFile& file, const ToolPoint& point)
+    bool FindCandidates(const Interrupt& interrupt)
     {
-        const std::optional<Reached> reached = solver.Solve(point);
-        summary.Add(point, reached);
-        file.Write(table.Row(RowOf(done, point, reached), point.line));
-        if (!reached) {
-            progress.Clear();
-            err << path.file << ":" << point.line << ": point " << done + 1
-                << " failed: " << Sentence(solver.WhyNot(point), units) << std::endl;
+        Progress progress(err, "solving point", path.points.size(), showsProgress);
+        for (std::size_t block = plan.NumAppended(); block < plan.NumBlocks(); ++block) {
+            if (interrupt.IsRequested()) {
+                return false;
+            }
+            plan.Append(plan.FindBlock(block));
+            progress.Show(plan.PointsUpTo(block));
         }
-        progress.Show(done + 1);
+        return true;
     }
 
+    bool WriteRows(OutputFile& file, const Interrupt& interrupt, bool isInterruptible)
+    {
+        Progress progress(err, "writing point", path.points.size(), showsProgress);
+        file.Write(table.Header());
+        const auto takeRow = [&](const MotionRow& row) {
+            const int line = path.points[row.point].line;
+            summary.Add(row, line);
+            file.Write(table.Row(row, line));
+        };
+        const auto takeEvent = [&](const Event& event) {
+            summary.Add(event);
+            if (event.kind == EventKind::Failed) {
+                progress.Clear();
+                err << path.file << ":" << event.line << ": point " << event.point + 1
+                    << " failed: " << event.sentence << std::endl;
+            }
+        };
+        const auto mayGoOn = [&](std::size_t point) {
+            done = point;
+            progress.Show(point);
+            return !isInterruptible || !interrupt.IsRequested();
+        };
+        return plan.Build({takeRow, takeEvent, mayGoOn});
+    }
+
+    void Explain(OutputFile& file, bool isFound)
+    {
+        const std::size_t solved =
+            plan.NumAppended() == 0 ? 0 : plan.PointsUpTo(plan.NumAppended() - 1);
+        const fs::path partial = file.FinishAsPartial();
+        err << "interrupted after " << (isFound ? done : solved) << " of " << path.points.size()
+            << " points; their rows are in " << partial.string()
+            << "; the same command with --resume goes on from there\n";
+    }
+
+    const SolveOptions& options;
     const Toolpath& path;
     std::ostream& err;
+    PathPlan plan;
     ShownUnits units;
-    WarmStart solver;
     JointTable table;
     Summary summary;
-    Progress progress;
+    bool showsProgress;
+    fs::path checkpoint;
     std::size_t done{0};
 };
 
@@ -109,24 +147,19 @@ class Run
 ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err)
 {
     const auto start = std::chrono::steady_clock::now();
-    LoadedMachine machine = LoadMachine(options.machine);
-    const LoadedStream& stream = machine.StreamWithId(options.stream);
+    LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
     const Toolpath path = ReadAptFile(options.toolpath, machine.length);
     for (const std::string& warning : path.warnings) {
         err << warning << "\n";
     }
-    RefuseOverwriting(options.output, {options.machine, options.toolpath});
+    RefuseOverwriting(options.output, {options.machine.file, options.toolpath});
+    const PlanRequest request = RequestFrom(options, machine, path, err);
 
     const Interrupt interrupt; // from here on a signal does not end it in the middle of a row
-    OutputFile file(options.output);
-    Run run(options, machine, stream, path, err);
-    if (!run.WriteTo(file, interrupt)) {
-        const std::filesystem::path partial = file.FinishAsPartial();
-        err << "interrupted after " << run.Done() << " of " << path.points.size()
-            << " points; they are in " << partial.string() << "\n";
+    Run run(options, request, err);
+    if (!run.Execute(interrupt)) {
         return kExitInterrupted;
     }
-    file.Finish();
     if (!options.isQuiet) {
         run.Result().Print(out, path.file, std::chrono::steady_clock::now() - start);
     }

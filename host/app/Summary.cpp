@@ -12,23 +12,28 @@ Summary::Summary(std::vector<const Axis*> ofAxes, const ShownUnits& inUnits)
     : axes(std::move(ofAxes)), units(inUnits)
 {}
 
-void Summary::Add(const ToolPoint& point, const std::optional<Reached>& reached)
+void Summary::Add(const MotionRow& row, int line)
 {
-    if (!reached) {
+    if (row.flags.hasFailed) {
         ++failed;
         return;
     }
-    if (converged++ == 0) {
-        for (const double value : reached->joints) {
+    if (rows++ == 0) {
+        for (const double value : row.joints) {
             spans.push_back({value, value});
         }
     }
     for (std::size_t i = 0; i < spans.size(); ++i) {
-        spans[i].low = std::min(spans[i].low, reached->joints[i]);
-        spans[i].high = std::max(spans[i].high, reached->joints[i]);
+        spans[i].low = std::min(spans[i].low, row.joints[i]);
+        spans[i].high = std::max(spans[i].high, row.joints[i]);
     }
-    Note(position, reached->error.position, point.line);
-    Note(direction, reached->error.direction_deg, point.line);
+    if (row.flags.isInserted) {
+        ++inserted;
+    } else if (!row.flags.isRewind) {
+        ++converged;
+    }
+    Note(position, row.error.position, line);
+    Note(direction, row.error.direction_deg, line);
 }
 
 void Summary::Note(Worst& worst, double value, int line)
@@ -43,10 +48,12 @@ void Summary::Print(std::ostream& out, const std::string& pathFile,
 {
     out << "points     " << converged + failed << ": " << converged << " converged, " << failed
         << " failed\n";
-    if (converged > 0) {
+    if (rows > 0) {
+        out << "rows       " << rows << ", " << inserted << " of them inserted between points\n";
         PrintWorst(out, pathFile);
         PrintAxes(out);
     }
+    PrintEvents(out, pathFile);
     out << "time       " << FixedText(time.count(), 2) << " s\n";
 }
 
@@ -65,6 +72,25 @@ void Summary::PrintAxes(std::ostream& out) const
             << DecimalText(Shown(*axes[i], spans[i].low, units)) << " to "
             << DecimalText(Shown(*axes[i], spans[i].high, units)) << " " << Symbol(*axes[i], units)
             << " (" << LimitsText(*axes[i], units) << ")\n";
+    }
+}
+
+/// Failed points are told of as they come; here stands the rest, as far as anyone reads it.
+void Summary::PrintEvents(std::ostream& out, const std::string& pathFile) const
+{
+    constexpr std::size_t kMostShown = 12;
+    std::size_t count = 0;
+    for (const Event& event : events) {
+        if (event.kind == EventKind::Failed || count++ >= kMostShown) {
+            continue;
+        }
+        std::string name = Name(event.kind);
+        name.resize(11, ' ');
+        out << name << pathFile << ":" << event.line << ": " << event.sentence << "\n";
+    }
+    if (count > kMostShown) {
+        out << "events     " << count - kMostShown
+            << " more; --summary FILE writes down all of them\n";
     }
 }
 

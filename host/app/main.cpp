@@ -6,79 +6,40 @@
 
 #include <CLI/CLI.hpp>
 
+#include "app/Arguments.h"
 #include "app/BranchesCommand.h"
 #include "app/CheckCommand.h"
 #include "app/ExitCode.h"
 #include "app/MachineOptions.h"
 #include "app/PoseCommand.h"
+#include "app/SolveArguments.h"
 #include "app/SolveCommand.h"
 #include "app/Version.h"
 
 namespace
 {
 
-constexpr const char* kExitCodes = "Exit codes:\n"
-                                   "  0    everything was done\n"
-                                   "  1    some points of the path were not reached\n"
-                                   "  2    bad input or usage, or a file that cannot be read or "
-                                   "written\n"
-                                   "  130  interrupted\n";
-
-/// Every command that works on a machine asks for it in the same words.
-void AddMachine(CLI::App& command, host::MachineOptions& machine)
-{
-    command.add_option("MACHINE", machine.file, "The machine, a TOML file or a URDF")->required();
-    command.add_option("--stream", machine.stream, "The stream to look at; otherwise the first")
-        ->type_name("ID");
-    command
-        .add_option("--tool-link", machine.links.tool,
-                    "URDF only: the link that stands for the tool; its z axis points from the "
-                    "tool's end to its shank")
-        ->type_name("LINK");
-    command
-        .add_option("--part-link", machine.links.part,
-                    "URDF only: the link whose frame the toolpath is given in")
-        ->type_name("LINK");
-}
-
-void AddSolve(CLI::App& app, host::SolveOptions& options)
-{
-    CLI::App* const solve =
-        app.add_subcommand("solve", "Find joint values for every point of a toolpath");
-    solve->add_option("MACHINE", options.machine, "The machine, a TOML file")->required();
-    solve->add_option("TOOLPATH", options.toolpath, "The toolpath, a cutter-location file (APT)")
-        ->required();
-    solve->add_option("-o,--output", options.output, "The joint table to write (CSV)")
-        ->required()
-        ->type_name("JOINTS.csv");
-    solve->add_option("--stream", options.stream, "The stream to solve; otherwise the first")
-        ->type_name("ID");
-    solve->add_flag("--radians", options.inRadians, "Rotary joints in radians, not degrees");
-    solve->add_flag("--quiet", options.isQuiet, "No summary and no progress");
-    solve->footer(kExitCodes);
-}
-
 void AddCheck(CLI::App& app, host::CheckOptions& options)
 {
     CLI::App* const check =
         app.add_subcommand("check", "Print what is understood of a machine and a toolpath");
-    AddMachine(*check, options.machine);
+    host::AddMachine(*check, options.machine);
     check->add_option("TOOLPATH", options.toolpath, "A toolpath, a cutter-location file (APT)");
     check->add_flag("--radians", options.inRadians, "Angles in radians, not degrees");
-    check->footer(kExitCodes);
+    check->footer(host::kExitCodes);
 }
 
 void AddPose(CLI::App& app, host::PoseOptions& options)
 {
     CLI::App* const pose =
         app.add_subcommand("pose", "Print where the tool stands for given axis values");
-    AddMachine(*pose, options.machine);
+    host::AddMachine(*pose, options.machine);
     pose->add_option("VALUES", options.values,
                      "Axis values such as X=10 A=30 (degrees for rotary axes); axes not named "
                      "stand at their initial value")
         ->type_name("NAME=VALUE");
     pose->add_flag("--radians", options.inRadians, "Rotary axes in radians, not degrees");
-    pose->footer(kExitCodes);
+    pose->footer(host::kExitCodes);
 }
 
 void AddBranches(CLI::App& app, host::BranchesOptions& options)
@@ -86,7 +47,7 @@ void AddBranches(CLI::App& app, host::BranchesOptions& options)
     constexpr int kPoseNumbers = 6;
     CLI::App* const branches =
         app.add_subcommand("branches", "List the distinct solutions at one pose");
-    AddMachine(*branches, options.machine);
+    host::AddMachine(*branches, options.machine);
     branches
         ->add_option("POSE", options.pose,
                      "The tool's position and direction in part coordinates: x y z i j k")
@@ -96,7 +57,7 @@ void AddBranches(CLI::App& app, host::BranchesOptions& options)
     branches->add_flag("--radians", options.inRadians, "Rotary axes in radians, not degrees");
     branches->add_flag("--ignore-limits", options.ignoresLimits,
                        "Also solutions beyond the limits; a ! marks the axes that are");
-    branches->footer(kExitCodes);
+    branches->footer(host::kExitCodes);
 }
 
 host::ExitCode Run(int argc, char** argv)
@@ -104,12 +65,12 @@ host::ExitCode Run(int argc, char** argv)
     CLI::App app("Inverse and forward kinematics of machine tools", "trunnion");
     app.set_version_flag("--version", std::string("trunnion ") + host::kVersion);
     app.require_subcommand(1);
-    app.footer(kExitCodes);
+    app.footer(host::kExitCodes);
     host::SolveOptions solve;
     host::CheckOptions check;
     host::PoseOptions pose;
     host::BranchesOptions branches;
-    AddSolve(app, solve);
+    host::AddSolve(app, solve);
     AddCheck(app, check);
     AddPose(app, pose);
     AddBranches(app, branches);

@@ -143,12 +143,10 @@ double MotionRules::StandCost(const JointValues& joints) const
             const double depth = std::clamp(1.0 - margin / zone, 0.0, 1.0);
             cost += options.weights.limits * depth * depth;
         }
-    }
-    if (options.preference) {
-        const double value = joints[options.preference->axis];
-        const bool isOpposite =
-            options.preference->isPositive ? value < -kSameTurn : value > kSameTurn;
-        cost += isOpposite ? options.weights.preference : 0.0;
+        if (options.preference && options.preference->axis == place.Axes()[i]) {
+            const double side = options.preference->isPositive ? joints[i] : -joints[i];
+            cost += side < -kSameTurn ? options.weights.preference : 0.0;
+        }
     }
     return cost;
 }

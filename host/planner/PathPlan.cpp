@@ -89,6 +89,19 @@ CandidateBlock PathPlan::FindBlock(std::size_t block)
     return CandidateFinder(*sections[of.section].place).FindBlock(of.begin, of.end);
 }
 
+bool PathPlan::Accepts(const CandidateBlock& block) const
+{
+    if (appended == blocks.size()) {
+        return false;
+    }
+    const Block& next = blocks[appended];
+    const std::size_t candidates = block.branches.size();
+    return block.firstPoint == next.begin && block.ends.size() == next.end - next.begin &&
+           std::is_sorted(block.ends.begin(), block.ends.end()) &&
+           block.ends.back() == candidates && block.parents.size() == candidates &&
+           block.joints.size() == candidates * sections[next.section].axisOf.size();
+}
+
 void PathPlan::Append(CandidateBlock next)
 {
     sections[blocks[appended++].section].table->Append(std::move(next));

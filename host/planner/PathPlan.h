@@ -48,6 +48,8 @@ class PathPlan
     std::size_t PointsUpTo(std::size_t block) const;
     /// Finds the candidates of a block. Does not depend on what was found before.
     CandidateBlock FindBlock(std::size_t block);
+    /// Whether this could be the candidates of the next block.
+    bool Accepts(const CandidateBlock& block) const;
     /// Takes the candidates of the next block.
     void Append(CandidateBlock found);
     std::size_t NumAppended() const { return appended; }

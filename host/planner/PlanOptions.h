@@ -1,10 +1,10 @@
 #ifndef TRUNNION_HOST_PLANNER_PLAN_OPTIONS_H
 #define TRUNNION_HOST_PLANNER_PLAN_OPTIONS_H
 
-#include <cstddef>
 #include <optional>
 
 #include "geometry/Units.h"
+#include "machine/LoadedMachine.h"
 #include "motion/Tolerances.h"
 #include "solve/PointSolver.h"
 
@@ -35,7 +35,7 @@ struct CostWeights
 /// The side of an axis's zero on which it should stand where there is a choice.
 struct AxisPreference
 {
-    std::size_t axis{0}; //!< index among the stream's
+    const Axis* axis{nullptr}; //!< of the machine
     bool isPositive{true};
 };
 

@@ -1,0 +1,22 @@
+#include "app/Arguments.h"
+
+namespace host
+{
+
+void AddMachine(CLI::App& command, MachineOptions& machine)
+{
+    command.add_option("MACHINE", machine.file, "The machine, a TOML file or a URDF")->required();
+    command.add_option("--stream", machine.stream, "The stream to look at; otherwise the first")
+        ->type_name("ID");
+    command
+        .add_option("--tool-link", machine.links.tool,
+                    "URDF only: the link that stands for the tool; its z axis points from the "
+                    "tool's end to its shank")
+        ->type_name("LINK");
+    command
+        .add_option("--part-link", machine.links.part,
+                    "URDF only: the link whose frame the toolpath is given in")
+        ->type_name("LINK");
+}
+
+} // namespace host

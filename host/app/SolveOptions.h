@@ -1,0 +1,49 @@
+#ifndef TRUNNION_HOST_APP_SOLVE_OPTIONS_H
+#define TRUNNION_HOST_APP_SOLVE_OPTIONS_H
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/MachineOptions.h"
+#include "motion/Tolerances.h"
+#include "planner/PlanOptions.h"
+#include "solve/PointSolver.h"
+
+namespace host
+{
+
+/// What the user asks of a run, in the units of the command line; the defaults are those of the
+/// program.
+struct SolveOptions
+{
+    MachineOptions machine;
+    std::filesystem::path toolpath;
+    std::filesystem::path output;
+    std::vector<std::string> operationStreams; //!< "NAME=ID": the stream of single operations
+    std::optional<double> toolLength;          //!< nothing: the operations' own [length]
+    std::vector<std::string> locks;            //!< "B=30": axes that stay where they are put
+
+    double tolerance{SolverSettings{}.tolerance};
+    int maxIterations{SolverSettings{}.maxIterations};
+    std::optional<double> linearTolerance; //!< nothing: the machine unit's default [length]
+    double angleTolerance_deg{Tolerances{}.angle_deg};
+    bool pointsOnly{false};
+
+    double poleCone_deg{2.0};
+    std::string start{"home"}; //!< or "free"
+    std::string prefer;        //!< "A+" or "A-"; empty for no preference
+    CostWeights weights;
+    std::string rewind{"rapids"};       //!< or "retract"
+    std::string branchChange{"rapids"}; //!< or "retract"
+    std::optional<double> retract;      //!< nothing: 50 mm or 2 inches [length]
+
+    bool resumes{false};
+    bool inRadians{false};
+    bool isQuiet{false};
+};
+
+} // namespace host
+
+#endif

@@ -1,0 +1,265 @@
+#include "app/SolveSetup.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <map>
+
+#include "machine/AxisText.h"
+#include "text/Fingerprint.h"
+#include "text/InputError.h"
+#include "text/InputFile.h"
+#include "text/Numbers.h"
+#include "text/Quoted.h"
+
+namespace host
+{
+
+namespace
+{
+
+/// The least direction error that the solver sees: below it a direction counts as met [deg].
+constexpr double kLeastAngle_deg = 0.001;
+
+/// What stands before and behind the last "=" of an assignment.
+struct Assignment
+{
+    std::string name;
+    std::string value;
+};
+
+Assignment Split(const std::string& option, const std::string& text)
+{
+    const std::size_t equals = text.rfind('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
+        throw InputError(option, Quoted(text) + " is no assignment; write NAME=VALUE");
+    }
+    return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+Axis& AxisNamed(LoadedMachine& machine, const std::string& option, const std::string& name)
+{
+    const auto axis = std::find_if(machine.axes.begin(), machine.axes.end(),
+                                   [&](const Axis& one) { return one.name == name; });
+    if (axis == machine.axes.end()) {
+        std::string names;
+        for (const Axis& one : machine.axes) {
+            names += (names.empty() ? "" : ", ") + one.name;
+        }
+        throw InputError(option, "there is no axis " + Quoted(name) + "; the machine has " + names);
+    }
+    return *axis;
+}
+
+bool IsSecondWord(const std::string& option, const std::string& word, const char* first,
+                  const char* second)
+{
+    if (word != first && word != second) {
+        throw InputError(option, Quoted(word) + " is not known; give " + first + " or " + second);
+    }
+    return word == second;
+}
+
+double Positive(const std::string& option, double value)
+{
+    if (!(value > 0.0) || !std::isfinite(value)) {
+        throw InputError(option, RoundedText(value) + " is not greater than 0; correct it");
+    }
+    return value;
+}
+
+double NotNegative(const std::string& option, double value)
+{
+    if (!(value >= 0.0) || !std::isfinite(value)) {
+        throw InputError(option, RoundedText(value) + " is below 0; correct it");
+    }
+    return value;
+}
+
+std::optional<AxisPreference> PreferenceFrom(const std::string& text, LoadedMachine& machine)
+{
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    const char sign = text.back();
+    if (text.size() < 2 || (sign != '+' && sign != '-')) {
+        throw InputError("--prefer", Quoted(text) + " is no axis with a sign; write for instance "
+                                                    "A+ or A-");
+    }
+    return AxisPreference{&AxisNamed(machine, "--prefer", text.substr(0, text.size() - 1)),
+                          sign == '+'};
+}
+
+CostWeights Checked(const CostWeights& weights)
+{
+    NotNegative("--weight-travel", weights.travel);
+    NotNegative("--weight-limits", weights.limits);
+    NotNegative("--weight-pole", weights.pole);
+    NotNegative("--weight-preference", weights.preference);
+    return weights;
+}
+
+PlanOptions PlanFrom(const SolveOptions& options, LoadedMachine& machine)
+{
+    constexpr double kMostCone_deg = 45.0;
+    constexpr double kRetract_mm = 50.0;
+    constexpr double kRetract_inch = 2.0;
+    PlanOptions plan;
+    plan.tolerances.linear = Positive(
+        "--linear-tol", options.linearTolerance.value_or(DefaultTolerances(machine.length).linear));
+    plan.tolerances.angle_deg = Positive("--angle-tol", options.angleTolerance_deg);
+    plan.insertsRows = !options.pointsOnly;
+    plan.poleCone = ToRadians(NotNegative("--pole-cone", options.poleCone_deg));
+    if (options.poleCone_deg > kMostCone_deg) {
+        throw InputError("--pole-cone", RoundedText(options.poleCone_deg) +
+                                            " deg is no cone around the pole any more; give at "
+                                            "most 45");
+    }
+    plan.start = IsSecondWord("--start", options.start, "home", "free") ? StartPolicy::Free
+                                                                        : StartPolicy::Home;
+    plan.weights = Checked(options.weights);
+    plan.preference = PreferenceFrom(options.prefer, machine);
+    const auto retractsFor = [](const std::string& option, const std::string& word) {
+        return IsSecondWord(option, word, "rapids", "retract") ? RetractPolicy::Retract
+                                                               : RetractPolicy::Refuse;
+    };
+    plan.rewind = retractsFor("--rewind", options.rewind);
+    plan.branchChange = retractsFor("--branch-change", options.branchChange);
+    plan.retract = Positive(
+        "--retract",
+        options.retract.value_or(machine.length == LengthUnit::Inch ? kRetract_inch : kRetract_mm));
+    return plan;
+}
+
+SolverSettings SettingsFrom(const SolveOptions& options)
+{
+    constexpr int kMostIterations = 100000;
+    if (options.maxIterations < 1 || options.maxIterations > kMostIterations) {
+        throw InputError("--max-iterations", std::to_string(options.maxIterations) +
+                                                 " is not between 1 and 100000; correct it");
+    }
+    return {Positive("--tolerance", options.tolerance), options.maxIterations};
+}
+
+/// The stream of each operation: its own where the user gives one, otherwise the run's.
+std::vector<const LoadedStream*> StreamsOf(const SolveOptions& options, LoadedMachine& machine,
+                                           const Toolpath& path)
+{
+    std::map<std::string, const LoadedStream*> own;
+    for (const std::string& text : options.operationStreams) {
+        const Assignment assignment = Split("--operation-stream", text);
+        const auto id = ParseNumber(assignment.value);
+        const bool isKnown = std::any_of(
+            path.operations.begin(), path.operations.end(),
+            [&](const Operation& operation) { return operation.name == assignment.name; });
+        if (!isKnown) {
+            throw InputError("--operation-stream", "there is no operation " +
+                                                       Quoted(assignment.name) + " in " +
+                                                       path.file + "; see trunnion check");
+        }
+        if (!id || *id != std::trunc(*id) || std::fabs(*id) > INT32_MAX) {
+            throw InputError("--operation-stream",
+                             Quoted(assignment.value) + " is no stream id; write NAME=ID");
+        }
+        own[assignment.name] = &machine.StreamWithId(static_cast<int>(*id));
+    }
+    const LoadedStream& usual = machine.StreamWithId(options.machine.stream);
+    std::vector<const LoadedStream*> streams;
+    for (const Operation& operation : path.operations) {
+        const auto found = own.find(operation.name);
+        streams.push_back(found == own.end() ? &usual : found->second);
+    }
+    return streams;
+}
+
+std::vector<double> ToolLengthsOf(const SolveOptions& options, const Toolpath& path)
+{
+    if (options.toolLength) {
+        NotNegative("--tool-length", *options.toolLength);
+    }
+    std::vector<double> lengths;
+    for (const Operation& operation : path.operations) {
+        lengths.push_back(options.toolLength.value_or(operation.toolLength.value_or(0.0)));
+    }
+    return lengths;
+}
+
+void WarnOfAngles(const SolveOptions& options, std::ostream& warnings)
+{
+    if (options.angleTolerance_deg < kLeastAngle_deg ||
+        options.tolerance < SolverSettings{}.tolerance) {
+        warnings << "warning: the solver takes a direction as met within 0.001 deg, whatever the "
+                    "tolerance; a closer one is not promised\n";
+    }
+}
+
+} // namespace
+
+void LockAxes(LoadedMachine& machine, const std::vector<std::string>& locks, bool inRadians)
+{
+    const ShownUnits units{machine.length, inRadians ? AngleUnit::Radian : AngleUnit::Degree};
+    for (const std::string& lock : locks) {
+        const Assignment assignment = Split("--lock", lock);
+        Axis& axis = AxisNamed(machine, "--lock", assignment.name);
+        const auto shown = ParseNumber(assignment.value);
+        if (!shown) {
+            throw InputError("--lock", Quoted(assignment.value) + " is not a number; write "
+                                                                  "NAME=VALUE");
+        }
+        const double value = FromShown(axis, *shown, units);
+        if (value < axis.joint->GetLowBound() || value > axis.joint->GetHiBound()) {
+            throw InputError("--lock", ValueText(axis, value, units) + " is outside its " +
+                                           LimitsText(axis, units) + "; hold it within them");
+        }
+        axis.initial = value;
+        axis.joint->SetIsLocked(true);
+    }
+    machine.MoveToInitial();
+}
+
+PlanRequest RequestFrom(const SolveOptions& options, LoadedMachine& machine, const Toolpath& path,
+                        std::ostream& warnings)
+{
+    LockAxes(machine, options.locks, options.inRadians);
+    WarnOfAngles(options, warnings);
+    return {machine,
+            path,
+            StreamsOf(options, machine, path),
+            ToolLengthsOf(options, path),
+            {},
+            PlanFrom(options, machine),
+            SettingsFrom(options)};
+}
+
+std::string RunFingerprint(const SolveOptions& options)
+{
+    const auto contentOf = [](const std::filesystem::path& file) {
+        std::ifstream in = OpenInput(file);
+        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    };
+    const auto numberOf = [](const std::optional<double>& value) {
+        return value ? ShortestText(*value) : std::string("-");
+    };
+    Fingerprint print;
+    print.Add(contentOf(options.machine.file));
+    print.Add(options.machine.links.tool.value_or(""));
+    print.Add(options.machine.links.part.value_or(""));
+    print.Add(contentOf(options.toolpath));
+    print.Add(options.machine.stream ? std::to_string(*options.machine.stream) : "-");
+    for (const std::string& text : options.operationStreams) {
+        print.Add(text);
+    }
+    for (const std::string& text : options.locks) {
+        print.Add(text);
+    }
+    print.Add(options.inRadians ? "rad" : "deg");
+    print.Add(numberOf(options.toolLength));
+    print.Add(ShortestText(options.tolerance));
+    print.Add(std::to_string(options.maxIterations));
+    // The angle tolerance and the cone say where the pole begins.
+    print.Add(ShortestText(options.angleTolerance_deg));
+    print.Add(ShortestText(options.poleCone_deg));
+    return print.Hex();
+}
+
+} // namespace host
