@@ -145,6 +145,7 @@ std::string MotionBuilder::WhyNot(std::size_t point)
 {
     const ShownUnits units{place.Machine().length, AngleUnit::Degree};
     std::optional<Unreached> least;
+    double nearest = 0.0;
     PointSolver& solver = place.SolverAt(point);
     for (std::size_t i = 0; i < candidates.CountAt(point); ++i) {
         JointValues joints = candidates.JointsAt(point, i);
@@ -152,8 +153,12 @@ std::string MotionBuilder::WhyNot(std::size_t point)
         unreached.cause = Unreached::Cause::Limits;
         unreached.exceeded = Exceeded(place.Axes(), joints);
         unreached.remaining = solver.ErrorAt(joints, place.Targets().LocationAt(point));
-        if (!least || unreached.exceeded.size() < least->exceeded.size()) {
+        const double travel =
+            RotaryTravel(place.Axes(), current, NearestImages(place.Axes(), joints, current));
+        if (!least || unreached.exceeded.size() < least->exceeded.size() ||
+            (unreached.exceeded.size() == least->exceeded.size() && travel < nearest)) {
             least = std::move(unreached);
+            nearest = travel;
         }
     }
     if (!least) {

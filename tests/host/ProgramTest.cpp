@@ -108,17 +108,17 @@ class Program : public testing::Test
         return Process({"/bin/sh", "-c", script, "sh", test::kProgram}, folder.Path()).Wait();
     }
 
-    /// A path whose second point is out of reach and which goes on for many points after it: what
-    /// says on standard error that the second one failed is at work for a long time yet.
+    /// A path that takes a while, with its second point out of reach.
     void WriteLongPath() const
     {
         std::string text = "GOTO/0,0,50,0,-0.5,0.8660254\nGOTO/5000,0,0\n";
-        for (int i = 0; i < 200000; ++i) {
+        for (std::size_t i = 2; i < kLongPoints; ++i) {
             text += i % 2 == 0 ? "GOTO/0,0,0\n" : "GOTO/20,30,40\n";
         }
         folder.Write("long.cl", text);
     }
 
+    static constexpr std::size_t kLongPoints = 4000;
     test::TempFolder folder;
 };
 
@@ -302,7 +302,8 @@ TEST_F(Program, WritesATableAndASummary)
     EXPECT_EQ(table.Text(2, "n"), "3");
     EXPECT_EQ(table.Text(2, "line"), "6");
     EXPECT_EQ(table.Text(2, "flags"), "");
-    EXPECT_EQ(table.Text(2, "branch"), "");
+    EXPECT_EQ(table.Text(2, "branch"), table.Text(1, "branch"));
+    EXPECT_NE(table.Text(2, "branch"), "");
     // The part's zero, 20 above the A axis, tilted by -30: (0, 20 sin 30, -120 + 20 cos 30).
     EXPECT_NEAR(table.Number(2, "X_mm"), 10, 1e-4);
     EXPECT_NEAR(table.Number(2, "Y_mm"), 10, 1e-4);
@@ -469,31 +470,55 @@ TEST_F(Program, LeavesNothingBehindWhenTheTableCannotBeWritten)
               (std::vector<std::string>{"joints.csv", "mill.toml", "part.cl", "path.cl"}));
 }
 
-TEST_F(Program, WritesThePartThatIsSolvedWhenItIsInterrupted)
+TEST_F(Program, GoesOnWhereItWasInterruptedAndWritesTheSameTable)
 {
     WriteLongPath();
     folder.Write("joints.csv", "old");
+    const std::vector<std::string> solve =
+        Command({"solve", "mill.toml", "long.cl", "-o", "joints.csv"});
     for (const int signal : {SIGINT, SIGTERM}) {
-        Process process(Command({"solve", "mill.toml", "long.cl", "-o", "joints.csv"}),
-                        folder.Path());
-        ASSERT_TRUE(process.WaitForError("long.cl:2: point 2 failed"));
+        Process process(solve, folder.Path(), Process::ErrorOutput::Terminal);
+        ASSERT_TRUE(process.WaitForError("solving point "));
         process.Send(signal);
         const Outcome outcome = process.Wait();
         EXPECT_EQ(outcome.code, 130);
         EXPECT_EQ(outcome.out, "");
         const Table table(folder.Path() / "joints.csv.partial");
         EXPECT_GE(table.rows.size(), 2U);
-        EXPECT_LT(table.rows.size(), 200002U);
+        EXPECT_LT(table.rows.size(), kLongPoints);
         EXPECT_EQ(table.Text(1, "flags"), "failed");
         EXPECT_EQ(table.rows.back().size(), table.header.size());
-        EXPECT_TRUE(
-            Contains(outcome.err, "interrupted after " + std::to_string(table.rows.size()) +
-                                      " of 200002 points; they are in joints.csv.partial\n"))
+        EXPECT_TRUE(Contains(outcome.err, "interrupted after " + table.rows.back().at(0) + " of " +
+                                              std::to_string(kLongPoints) +
+                                              " points; their rows are in joints.csv.partial; the "
+                                              "same command with --resume goes on from there"))
             << outcome.err;
         EXPECT_EQ(ContentOf(folder.Path() / "joints.csv"), "old");
-        EXPECT_EQ(folder.Names(), (std::vector<std::string>{"joints.csv", "joints.csv.partial",
-                                                            "long.cl", "mill.toml", "part.cl"}));
+        EXPECT_EQ(folder.Names(),
+                  (std::vector<std::string>{"joints.csv", "joints.csv.partial", "joints.csv.resume",
+                                            "long.cl", "mill.toml", "part.cl"}));
     }
+    std::vector<std::string> resume = solve;
+    resume.emplace_back("--resume");
+    EXPECT_EQ(Process(resume, folder.Path()).Wait().code, 1); // the point beyond reach
+    const std::string resumed = ContentOf(folder.Path() / "joints.csv");
+    EXPECT_EQ(folder.Names(),
+              (std::vector<std::string>{"joints.csv", "long.cl", "mill.toml", "part.cl"}));
+    EXPECT_EQ(Process(solve, folder.Path()).Wait().code, 1);
+    EXPECT_EQ(ContentOf(folder.Path() / "joints.csv"), resumed);
+}
+
+TEST_F(Program, ResumesNothingButTheSameRun)
+{
+    const Outcome without = Run({"solve", "mill.toml", "part.cl", "-o", "joints.csv", "--resume"});
+    EXPECT_EQ(without.code, 2);
+    EXPECT_TRUE(Contains(without.err, "joints.csv.resume: ")) << without.err;
+    folder.Write("joints.csv.resume", "trunnion checkpoint 1 0123456789abcdef 0123456789abcdef\n");
+    const Outcome other = Run({"solve", "mill.toml", "part.cl", "-o", "joints.csv", "--resume"});
+    EXPECT_EQ(other.code, 2);
+    EXPECT_EQ(other.err,
+              "joints.csv.resume: this was left by a run with another machine, toolpath, option or "
+              "version; repeat that run, or run without --resume\n");
 }
 
 TEST_F(Program, ShowsItsProgressOnATerminalOnly)
@@ -503,7 +528,7 @@ TEST_F(Program, ShowsItsProgressOnATerminalOnly)
     const Outcome onTerminal = Process(solve, folder.Path(), Process::ErrorOutput::Terminal).Wait();
     EXPECT_EQ(onTerminal.code, 0);
     const std::string clearLine = "\r\x1B[K";
-    EXPECT_EQ(onTerminal.err.rfind(clearLine + "point 1 of 3" + clearLine, 0), 0U);
+    EXPECT_EQ(onTerminal.err.rfind(clearLine + "solving point 3 of 3" + clearLine, 0), 0U);
     EXPECT_EQ(onTerminal.err.substr(onTerminal.err.size() - clearLine.size()), clearLine);
     EXPECT_EQ(Process(solve, folder.Path()).Wait().err, "");
 
@@ -599,9 +624,10 @@ TEST_P(Samples, AreSolvedAtEveryPointWithoutJumps)
     EXPECT_EQ(outcome.err, "");
     const Table table(folder.Path() / "joints.csv");
     const std::size_t count = table.rows.size();
-    EXPECT_GE(count, sample.leastPoints);
-    EXPECT_EQ(FirstLine(outcome.out), "points     " + std::to_string(count) + ": " +
-                                          std::to_string(count) + " converged, 0 failed");
+    const std::string points = table.Text(count - 1, "n");
+    EXPECT_GE(host::ParseNumber(points), sample.leastPoints);
+    EXPECT_EQ(FirstLine(outcome.out),
+              "points     " + points + ": " + points + " converged, 0 failed");
     // A step of the dome turns the part by 6 degrees; a jump to another branch would be far more.
     constexpr double kLargestTurn_deg = 8.0;
     for (std::size_t i = 0; i < count; ++i) {

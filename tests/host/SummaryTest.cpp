@@ -11,11 +11,19 @@
 namespace
 {
 
-host::ToolPoint PointOnLine(int line)
+host::MotionRow RowWith(const std::vector<double>& joints, const host::PoseError& error)
 {
-    host::ToolPoint point;
-    point.line = line;
-    return point;
+    host::MotionRow row;
+    row.joints = joints;
+    row.error = error;
+    return row;
+}
+
+host::MotionRow FailedRow()
+{
+    host::MotionRow row;
+    row.flags.hasFailed = true;
+    return row;
 }
 
 class Summary : public testing::Test
@@ -41,12 +49,13 @@ class Summary : public testing::Test
 
 TEST_F(Summary, GivesTheWorstErrorsWithTheirLinesAndTheRangesOfTheAxes)
 {
-    summary.Add(PointOnLine(4), host::Reached{{10, -0.5, 0}, {1e-6, 3e-5}});
-    summary.Add(PointOnLine(5), host::Reached{{30, -0.25, 7}, {2.5e-5, 1e-5}});
-    summary.Add(PointOnLine(6), host::Reached{{-20, -1, 3}, {1e-5, 4e-5}});
-    summary.Add(PointOnLine(7), host::Reached{{0, -0.5, 3}, {1e-5, 4e-5}});
+    summary.Add(RowWith({10, -0.5, 0}, {1e-6, 3e-5}), 4);
+    summary.Add(RowWith({30, -0.25, 7}, {2.5e-5, 1e-5}), 5);
+    summary.Add(RowWith({-20, -1, 3}, {1e-5, 4e-5}), 6);
+    summary.Add(RowWith({0, -0.5, 3}, {1e-5, 4e-5}), 7);
     // -1 rad is -57.29578 degrees, a quarter of it -14.32394; 7 rad are 401.07046.
     EXPECT_EQ(Text(), "points     4: 4 converged, 0 failed\n"
+                      "rows       4, 0 of them inserted between points\n"
                       "position   off by at most 2.5e-05 mm, at part.cl:5\n"
                       "direction  off by at most 4e-05 deg, at part.cl:6\n"
                       "axis       Z -20 to 30 mm (limits -400 to 400)\n"
@@ -58,9 +67,9 @@ TEST_F(Summary, GivesTheWorstErrorsWithTheirLinesAndTheRangesOfTheAxes)
 
 TEST_F(Summary, CountsFailedPointsAndLeavesThemOutOfTheRest)
 {
-    summary.Add(PointOnLine(4), std::nullopt);
+    summary.Add(FailedRow(), 4);
     EXPECT_EQ(Text(), "points     1: 0 converged, 1 failed\ntime       1.25 s\n");
-    summary.Add(PointOnLine(5), host::Reached{{10, 0, 0}, {1e-6, 0}});
+    summary.Add(RowWith({10, 0, 0}, {1e-6, 0}), 5);
     EXPECT_EQ(Text().substr(0, 36), "points     2: 1 converged, 1 failed\n");
     EXPECT_NE(Text().find("axis       Z 10 to 10 mm"), std::string::npos);
     EXPECT_TRUE(summary.HasFailures());
