@@ -7,7 +7,6 @@
 #include <IkSolver.h>
 
 #include "planner/JointSpace.h"
-#include "solve/StartConfigurations.h"
 
 namespace host
 {
@@ -16,8 +15,7 @@ namespace
 {
 
 constexpr std::size_t kBlockPoints = 128;
-constexpr std::size_t kMostCandidates = 8;    // as many as a six-axis arm has branches
-constexpr std::size_t kMostSampledRotary = 3; // beyond that the hybrid solver takes one start
+constexpr std::size_t kMostCandidates = 8; // as many as a six-axis arm has branches
 
 } // namespace
 
@@ -211,11 +209,7 @@ std::vector<JointValues> CandidateFinder::Seek(std::size_t point)
     if (place.Pair()) {
         return SeekByPair(point);
     }
-    PointSolver& solver = place.SolverAt(point);
-    if (solver.FreeRotaryAxes().size() <= kMostSampledRotary) {
-        return SeekByHybridSolver(point);
-    }
-    return SampledSolver(solver).FindAll(place.Targets().At(point));
+    return SeekByHybridSolver(point);
 }
 
 /// From the angles that give the direction, one solve for each branch finds the other axes. Where

@@ -1,7 +1,5 @@
 #include "planner/PathTargets.h"
 
-#include "solve/ToolRoll.h"
-
 namespace host
 {
 
@@ -25,7 +23,8 @@ PathTarget PathTargets::Towards(std::size_t point, double share) const
     const CutterLocation to = LocationAt(point);
     PathTarget target{Between(from, to, share), std::nullopt};
     if (!xAxes.empty()) {
-        target.xAxis = XAxisBetween(xAxes[point - 1], xAxes[point], share, target.at.direction);
+        const Vec3 mixed = (1.0 - share) * xAxes[point - 1] + share * xAxes[point];
+        target.xAxis = Normalised(mixed).value_or(xAxes[point]);
     }
     return target;
 }
