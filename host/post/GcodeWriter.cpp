@@ -34,13 +34,13 @@ class Way
 } // namespace
 
 GcodeWriter::GcodeWriter(const Dialect& inDialect, const LoadedMachine& ofMachine,
-                         const LoadedStream& stream, const Toolpath& ofPath)
+                         const std::vector<const Axis*>& axes, const Toolpath& ofPath)
     : dialect(inDialect), machine(ofMachine), path(ofPath),
-      coordinates(dialect.tcp ? TipCoordinates(machine, stream, dialect)
-                              : AxisCoordinates(machine, stream, dialect)),
+      coordinates(dialect.tcp ? TipCoordinates(machine, axes, dialect)
+                              : AxisCoordinates(machine, axes, dialect)),
       blocks(dialect, coordinates)
 {
-    for (const Axis* axis : machine.AxesOf(stream)) {
+    for (const Axis* axis : axes) {
         isRotary.push_back(axis->isRotary);
     }
 }

@@ -29,7 +29,7 @@ class GcodeWriter
   public:
     /// Throws InputError for axes that the dialect cannot write.
     GcodeWriter(const Dialect& inDialect, const LoadedMachine& ofMachine,
-                const LoadedStream& stream, const Toolpath& ofPath);
+                const std::vector<const Axis*>& axes, const Toolpath& ofPath);
 
     std::string Begin() const;
     /// Throws InputError for a row that has no place in a program: a point that is not reached, or

@@ -53,7 +53,7 @@ host::Toolpath PathOf(std::size_t points, Feed feed)
 std::string Write(const Dialect& dialect, const LoadedMachine& machine, const host::Toolpath& path,
                   const std::vector<MotionRow>& rows)
 {
-    host::GcodeWriter writer(dialect, machine, machine.streams.front(), path);
+    host::GcodeWriter writer(dialect, machine, machine.AxesOf(machine.streams.front()), path);
     std::string text = writer.Begin();
     for (const MotionRow& row : rows) {
         text += writer.Row(row);
