@@ -134,6 +134,7 @@ std::vector<Coordinate> AxisCoordinates(const LoadedMachine& machine,
                                         const Dialect& dialect)
 {
     std::vector<Coordinate> coordinates;
+    coordinates.reserve(axes.size());
     for (const Axis* axis : axes) {
         coordinates.push_back(CoordinateOf(*axis, coordinates.size(), machine, dialect));
     }
