@@ -16,7 +16,7 @@
 #include "planner/Checkpoint.h"
 #include "planner/PathPlan.h"
 #include "text/InputError.h"
-#include "toolpath/AptReader.h"
+#include "toolpath/ToolpathFile.h"
 
 namespace host
 {
@@ -158,7 +158,7 @@ ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err
 {
     const auto start = std::chrono::steady_clock::now();
     LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
-    const Toolpath path = ReadAptFile(options.toolpath, machine.length);
+    const Toolpath path = ReadToolpath(options.toolpath, std::nullopt, machine.length);
     for (const std::string& warning : path.warnings) {
         err << warning << "\n";
     }
