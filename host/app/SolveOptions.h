@@ -21,11 +21,9 @@ struct SolveOptions
     MachineOptions machine;
     std::filesystem::path toolpath;
     std::filesystem::path output;
-    std::optional<std::filesystem::path> gcode; //!< nothing: no G-code is written
-    std::string dialect{"inverse-time"};        //!< of the G-code: a bundled one or a file
-    std::vector<std::string> operationStreams;  //!< "NAME=ID": the stream of single operations
-    std::optional<double> toolLength;           //!< nothing: the operations' own [length]
-    std::vector<std::string> locks;             //!< "B=30": axes that stay where they are put
+    std::vector<std::string> operationStreams; //!< "NAME=ID": the stream of single operations
+    std::optional<double> toolLength;          //!< nothing: the operations' own [length]
+    std::vector<std::string> locks;            //!< "B=30": axes that stay where they are put
 
     double tolerance{SolverSettings{}.tolerance};
     int maxIterations{SolverSettings{}.maxIterations};
