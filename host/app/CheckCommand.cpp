@@ -4,7 +4,7 @@
 #include "app/PathReport.h"
 #include "machine/AxisText.h"
 #include "machine/LoadedMachine.h"
-#include "toolpath/AptReader.h"
+#include "toolpath/ToolpathFile.h"
 
 namespace host
 {
@@ -18,7 +18,7 @@ ExitCode Check(const CheckOptions& options, std::ostream& out, std::ostream& err
                            options.inRadians ? AngleUnit::Radian : AngleUnit::Degree};
     std::optional<Toolpath> path;
     if (options.toolpath) {
-        path = ReadAptFile(*options.toolpath, machine.length);
+        path = ReadToolpath(*options.toolpath, std::nullopt, machine.length);
         for (const std::string& warning : path->warnings) {
             err << warning << "\n";
         }

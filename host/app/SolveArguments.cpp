@@ -91,6 +91,13 @@ void AddSolve(CLI::App& app, SolveOptions& options)
         ->type_name("LENGTH");
     solve->add_option("--lock", options.locks, "An axis that stays where it is put, as in B=30")
         ->type_name("NAME=VALUE");
+    solve->add_option("--gcode", options.gcode, "Also write a program for the control")
+        ->type_name("FILE");
+    solve
+        ->add_option("--dialect", options.dialect,
+                     "How the control wants it: inverse-time, per-minute, tcp, or a file")
+        ->capture_default_str()
+        ->type_name("NAME|FILE");
     AddPlanning(*solve, options);
     solve->add_flag("--resume", options.resumes, "Go on where the same command was interrupted");
     solve->add_flag("--radians", options.inRadians, "Rotary joints in radians, not degrees");

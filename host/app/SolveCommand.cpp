@@ -1,22 +1,22 @@
 #include "app/SolveCommand.h"
 
 #include <chrono>
-#include <initializer_list>
+#include <optional>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "app/Interrupt.h"
 #include "app/Progress.h"
+#include "app/SolveOutputs.h"
 #include "app/SolveSetup.h"
 #include "app/Summary.h"
 #include "machine/AxisText.h"
 #include "machine/LoadedMachine.h"
 #include "planner/Checkpoint.h"
 #include "planner/PathPlan.h"
-#include "table/JointTable.h"
 #include "text/InputError.h"
-#include "text/OutputFile.h"
-#include "toolpath/AptReader.h"
+#include "toolpath/ToolpathFile.h"
 
 namespace host
 {
@@ -26,14 +26,24 @@ namespace
 
 namespace fs = std::filesystem;
 
-void RefuseOverwriting(const fs::path& output, std::initializer_list<fs::path> inputs)
+/// A file that is read must not be replaced, nor one that is written be written twice.
+void RefuseOverwriting(const SolveOptions& options)
 {
-    for (const fs::path& input : inputs) {
-        std::error_code notThere;
-        if (fs::equivalent(output, input, notThere)) {
-            throw InputError(output.string(),
-                             "the table would replace a file that is read; choose another name");
+    std::vector<fs::path> taken{options.machine.file, options.toolpath};
+    for (const std::optional<fs::path>& output :
+         {std::optional<fs::path>(options.output), options.gcode}) {
+        if (!output) {
+            continue;
         }
+        for (const fs::path& other : taken) {
+            std::error_code notThere;
+            if (fs::equivalent(*output, other, notThere) ||
+                output->lexically_normal() == other.lexically_normal()) {
+                throw InputError(output->string(), "the run would write over a file that it reads "
+                                                   "or writes; choose another name");
+            }
+        }
+        taken.push_back(*output);
     }
 }
 
@@ -51,7 +61,7 @@ class Run
         : options(ofUser), path(request.path), err(messages),
           plan(request), units{request.machine.length,
                                ofUser.inRadians ? AngleUnit::Radian : AngleUnit::Degree},
-          table(plan.Axes(), units), summary(plan.Axes(), units),
+          machine(request.machine), summary(plan.Axes(), units),
           showsProgress(!ofUser.isQuiet && IsErrorATerminal()),
           checkpoint(WithSuffix(ofUser.output, ".resume"))
     {}
@@ -59,20 +69,20 @@ class Run
     /// False when it was interrupted; what is done is then kept.
     bool Execute(const Interrupt& interrupt)
     {
-        OutputFile file(options.output);
+        SolveOutputs outputs(options, machine, path, plan.Axes(), units, err);
         const std::string fingerprint = RunFingerprint(options);
         if (options.resumes) {
             LoadCheckpoint(checkpoint, fingerprint, plan);
         }
         // Rows are written even where not all points are solved: for the user to look at.
         const bool isFound = FindCandidates(interrupt);
-        const bool isWritten = WriteRows(file, interrupt, isFound);
+        const bool isWritten = WriteRows(outputs, interrupt, isFound);
         if (!isFound || !isWritten) {
             SaveCheckpoint(checkpoint, fingerprint, plan);
-            Explain(file, isFound);
+            Explain(outputs, isFound);
             return false;
         }
-        file.Finish();
+        outputs.Finish();
         std::error_code ignored; // what an earlier, interrupted run has left
         fs::remove(checkpoint, ignored);
         fs::remove(WithSuffix(options.output, ".partial"), ignored);
@@ -95,14 +105,14 @@ class Run
         return true;
     }
 
-    bool WriteRows(OutputFile& file, const Interrupt& interrupt, bool isInterruptible)
+    bool WriteRows(SolveOutputs& outputs, const Interrupt& interrupt, bool isInterruptible)
     {
         Progress progress(err, "writing point", path.points.size(), showsProgress);
-        file.Write(table.Header());
+        outputs.Begin();
         const auto takeRow = [&](const MotionRow& row) {
             const int line = path.points[row.point].line;
             summary.Add(row, line);
-            file.Write(table.Row(row, line));
+            outputs.Add(row, line);
         };
         const auto takeEvent = [&](const Event& event) {
             summary.Add(event);
@@ -120,11 +130,11 @@ class Run
         return plan.Build({takeRow, takeEvent, mayGoOn});
     }
 
-    void Explain(OutputFile& file, bool isFound)
+    void Explain(SolveOutputs& outputs, bool isFound)
     {
         const std::size_t solved =
             plan.NumAppended() == 0 ? 0 : plan.PointsUpTo(plan.NumAppended() - 1);
-        const fs::path partial = file.FinishAsPartial();
+        const fs::path partial = outputs.FinishAsPartial();
         err << "interrupted after " << (isFound ? done : solved) << " of " << path.points.size()
             << " points; their rows are in " << partial.string()
             << "; the same command with --resume goes on from there\n";
@@ -135,7 +145,7 @@ class Run
     std::ostream& err;
     PathPlan plan;
     ShownUnits units;
-    JointTable table;
+    const LoadedMachine& machine;
     Summary summary;
     bool showsProgress;
     fs::path checkpoint;
@@ -148,11 +158,11 @@ ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err
 {
     const auto start = std::chrono::steady_clock::now();
     LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
-    const Toolpath path = ReadAptFile(options.toolpath, machine.length);
+    const Toolpath path = ReadToolpath(options.toolpath, std::nullopt, machine.length);
     for (const std::string& warning : path.warnings) {
         err << warning << "\n";
     }
-    RefuseOverwriting(options.output, {options.machine.file, options.toolpath});
+    RefuseOverwriting(options);
     const PlanRequest request = RequestFrom(options, machine, path, err);
 
     const Interrupt interrupt; // from here on a signal does not end it in the middle of a row

@@ -21,9 +21,11 @@ struct SolveOptions
     MachineOptions machine;
     std::filesystem::path toolpath;
     std::filesystem::path output;
-    std::vector<std::string> operationStreams; //!< "NAME=ID": the stream of single operations
-    std::optional<double> toolLength;          //!< nothing: the operations' own [length]
-    std::vector<std::string> locks;            //!< "B=30": axes that stay where they are put
+    std::optional<std::filesystem::path> gcode; //!< nothing: no G-code is written
+    std::string dialect{"inverse-time"};        //!< of the G-code: a bundled one or a file
+    std::vector<std::string> operationStreams;  //!< "NAME=ID": the stream of single operations
+    std::optional<double> toolLength;           //!< nothing: the operations' own [length]
+    std::vector<std::string> locks;             //!< "B=30": axes that stay where they are put
 
     double tolerance{SolverSettings{}.tolerance};
     int maxIterations{SolverSettings{}.maxIterations};

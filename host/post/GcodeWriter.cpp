@@ -31,16 +31,22 @@ class Way
     double largestTurn{0.0};
 };
 
+/// The part of a rewind at which the tool's end rests.
+bool IsTurn(const MotionRow& row, const BlockTravel& travel)
+{
+    return row.flags.isRewind && travel.tip < travel.lengthDigit;
+}
+
 } // namespace
 
 GcodeWriter::GcodeWriter(const Dialect& inDialect, const LoadedMachine& ofMachine,
-                         const LoadedStream& stream, const Toolpath& ofPath)
+                         const std::vector<const Axis*>& axes, const Toolpath& ofPath)
     : dialect(inDialect), machine(ofMachine), path(ofPath),
-      coordinates(dialect.tcp ? TipCoordinates(machine, stream, dialect)
-                              : AxisCoordinates(machine, stream, dialect)),
+      coordinates(dialect.tcp ? TipCoordinates(machine, axes, dialect)
+                              : AxisCoordinates(machine, axes, dialect)),
       blocks(dialect, coordinates)
 {
-    for (const Axis* axis : machine.AxesOf(stream)) {
+    for (const Axis* axis : axes) {
         isRotary.push_back(axis->isRotary);
     }
 }
@@ -75,14 +81,22 @@ std::string GcodeWriter::Row(const MotionRow& row)
     if (last && values == last->values) {
         return text;
     }
-    if (IsTurn(row)) {
-        text += Turn(values);
-    } else {
-        text += SwitchTcp(true);
-        text += !last || row.flags.isRapid ? blocks.Rapid(values) : Straight(row, values);
-    }
+    text += Block(row, values);
     last = Place{row, values};
     return text;
+}
+
+std::string GcodeWriter::Block(const MotionRow& row, const std::vector<double>& values)
+{
+    const BlockTravel travel = last ? TravelTo(row, values) : BlockTravel();
+    if (last && dialect.tcp && IsTurn(row, travel) && travel.linear < travel.lengthDigit) {
+        return TurnWithoutTcp(values);
+    }
+    const std::string tcp = SwitchTcp(true); // before the block: it makes the block say everything
+    if (!last || IsRapid(row, travel)) {
+        return tcp + blocks.Rapid(values);
+    }
+    return tcp + blocks.Straight(values, FeedWordsFor(row, travel));
 }
 
 std::string GcodeWriter::EnterOperation(std::size_t index)
@@ -105,16 +119,11 @@ std::string GcodeWriter::EnterOperation(std::size_t index)
 }
 
 /// With tool centre point control the linear axes would follow the part round.
-std::string GcodeWriter::Turn(const std::vector<double>& values)
+std::string GcodeWriter::TurnWithoutTcp(const std::vector<double>& values)
 {
     std::string text = SwitchTcp(false);
     text += blocks.RapidTurn(values);
     return text + SwitchTcp(true);
-}
-
-std::string GcodeWriter::Straight(const MotionRow& row, const std::vector<double>& values)
-{
-    return blocks.Straight(values, FeedWordsFor(row, TravelTo(row, values)));
 }
 
 std::string GcodeWriter::SwitchTcp(bool isOn)
@@ -136,18 +145,10 @@ std::vector<double> GcodeWriter::ValuesAt(const MotionRow& row) const
     return values;
 }
 
-/// A row of an unwinding at which only rotary axes move.
-bool GcodeWriter::IsTurn(const MotionRow& row) const
+bool GcodeWriter::IsRapid(const MotionRow& row, const BlockTravel& travel) const
 {
-    if (!row.flags.isRewind || !last) {
-        return false;
-    }
-    Way way;
-    for (std::size_t i = 0; i < row.joints.size(); ++i) {
-        way.Add(isRotary[i], row.joints[i] - last->row.joints[i]);
-    }
-    const double lastDigit = 1.0 / ScaleOf(LengthDecimals(machine, dialect));
-    return way.linear < lastDigit && way.rotary > 0.0;
+    return row.flags.isRapid || (row.flags.isRewind && path.points[row.point].isRapid) ||
+           (!dialect.tcp && IsTurn(row, travel));
 }
 
 BlockTravel GcodeWriter::TravelTo(const MotionRow& row, const std::vector<double>& values) const

@@ -20,16 +20,21 @@ namespace host
 
 /// Writes a motion as G-code, row by row. Keeps references to what it is made from.
 ///
-/// Rapid rows are G0, the others G1. Also G0 is the way to the first row and to the first one after
-/// a tool change, since nothing is known of where it begins, and the turn of an unwinding, away
-/// from the part. A row at which no word changes is not written; the next block has its way and
-/// time.
+/// Rapid rows are G0, the others G1. Also G0 are the way to the first row, and to the first one
+/// after a tool change, since nothing is known of where it begins; every row of a rewind at a rapid
+/// point; and the turn of any rewind, with the tool pulled back. A row at which no word changes is
+/// not written; the next block has its way and time.
+///
+/// With tool centre point control, a rewind turns with that control off where no linear axis moves,
+/// so that none does. Where the axes swing to another branch it stays on and holds the tool's end
+/// in its place; that block is G1.
 class GcodeWriter
 {
   public:
-    /// Throws InputError for axes that the dialect cannot write.
+    /// `axes` are those that the rows have joints of. Throws InputError for those that the
+    /// dialect cannot write.
     GcodeWriter(const Dialect& inDialect, const LoadedMachine& ofMachine,
-                const LoadedStream& stream, const Toolpath& ofPath);
+                const std::vector<const Axis*>& axes, const Toolpath& ofPath);
 
     std::string Begin() const;
     /// Throws InputError for a row that has no place in a program: a point that is not reached, or
@@ -46,12 +51,12 @@ class GcodeWriter
     };
 
     std::string EnterOperation(std::size_t index);
-    std::string Turn(const std::vector<double>& values);
-    std::string Straight(const MotionRow& row, const std::vector<double>& values);
+    std::string Block(const MotionRow& row, const std::vector<double>& values);
+    std::string TurnWithoutTcp(const std::vector<double>& values);
     std::string SwitchTcp(bool isOn);
 
     std::vector<double> ValuesAt(const MotionRow& row) const;
-    bool IsTurn(const MotionRow& row) const;
+    bool IsRapid(const MotionRow& row, const BlockTravel& travel) const;
     BlockTravel TravelTo(const MotionRow& row, const std::vector<double>& values) const;
     BlockWriter::FeedWords FeedWordsFor(const MotionRow& row, const BlockTravel& travel) const;
 

@@ -129,26 +129,27 @@ double Coordinate::At(const MotionRow& row) const
     return digits / scale;
 }
 
-std::vector<Coordinate> AxisCoordinates(const LoadedMachine& machine, const LoadedStream& stream,
+std::vector<Coordinate> AxisCoordinates(const LoadedMachine& machine,
+                                        const std::vector<const Axis*>& axes,
                                         const Dialect& dialect)
 {
     std::vector<Coordinate> coordinates;
-    for (const Axis* axis : machine.AxesOf(stream)) {
+    coordinates.reserve(axes.size());
+    for (const Axis* axis : axes) {
         coordinates.push_back(CoordinateOf(*axis, coordinates.size(), machine, dialect));
     }
     RefuseSameAddresses(coordinates, machine);
     return coordinates;
 }
 
-std::vector<Coordinate> TipCoordinates(const LoadedMachine& machine, const LoadedStream& stream,
-                                       const Dialect& dialect)
+std::vector<Coordinate> TipCoordinates(const LoadedMachine& machine,
+                                       const std::vector<const Axis*>& axes, const Dialect& dialect)
 {
     constexpr std::size_t kComponents = 3;
     std::vector<Coordinate> coordinates;
     for (std::size_t i = 0; i < kComponents; ++i) {
         coordinates.push_back(TipCoordinate(i, LengthDecimals(machine, dialect)));
     }
-    const std::vector<const Axis*> axes = machine.AxesOf(stream);
     for (std::size_t i = 0; i < axes.size(); ++i) {
         if (axes[i]->isRotary) {
             coordinates.push_back(CoordinateOf(*axes[i], i, machine, dialect));

@@ -32,11 +32,13 @@ struct Coordinate
 
 /// Those of axis positions, in the order of the axes. Throws InputError for an axis whose word or
 /// limits the dialect cannot write.
-std::vector<Coordinate> AxisCoordinates(const LoadedMachine& machine, const LoadedStream& stream,
+std::vector<Coordinate> AxisCoordinates(const LoadedMachine& machine,
+                                        const std::vector<const Axis*>& axes,
                                         const Dialect& dialect);
 
 /// X, Y and Z of the tool's end, then the rotary axes.
-std::vector<Coordinate> TipCoordinates(const LoadedMachine& machine, const LoadedStream& stream,
+std::vector<Coordinate> TipCoordinates(const LoadedMachine& machine,
+                                       const std::vector<const Axis*>& axes,
                                        const Dialect& dialect);
 
 /// Of a length in the machine's unit.

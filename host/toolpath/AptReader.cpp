@@ -1,12 +1,10 @@
 #include "toolpath/AptReader.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <map>
 #include <optional>
 #include <string_view>
 
-#include "text/InputFile.h"
 #include "text/LineReader.h"
 #include "text/Quoted.h"
 #include "toolpath/AptStatement.h"
@@ -14,26 +12,13 @@
 #include "toolpath/MovedFrame.h"
 #include "toolpath/PathBuilder.h"
 #include "toolpath/PathText.h"
+#include "toolpath/Recurrence.h"
 
 namespace host
 {
 
 namespace
 {
-
-/// Something to warn of once, however often it occurs.
-struct Recurrence
-{
-    std::uint64_t count{0};
-    TextPosition first;
-
-    void AddAt(TextPosition at)
-    {
-        if (count++ == 0) {
-            first = at;
-        }
-    }
-};
 
 /// Takes the statements one by one and keeps what holds from one to the next.
 class Interpreter
@@ -343,20 +328,12 @@ class Interpreter
 
     void WarnOfRecurrences()
     {
-        Warn(ignoredVectors, "tool vectors after MULTAX/OFF are ignored",
-             "put MULTAX/ON before them if they count");
-        Warn(unknownTools, "TLDATA of other forms than MILL,d,r,length tell no tool length",
-             "the operations from there on have none");
-        Warn(keptLengths, "tools are loaded without TLDATA for them",
-             "they are taken to be as long as the tool before");
-    }
-
-    void Warn(const Recurrence& what, const std::string& fact, const std::string& advice)
-    {
-        if (what.count > 0) {
-            path.Warn(what.first, fact + ", " + std::to_string(what.count) +
-                                      " in all and the first of them here; " + advice);
-        }
+        ignoredVectors.WarnIn(path, "tool vectors after MULTAX/OFF are ignored",
+                              "put MULTAX/ON before them if they count");
+        unknownTools.WarnIn(path, "TLDATA of other forms than MILL,d,r,length tell no tool length",
+                            "the operations from there on have none");
+        keptLengths.WarnIn(path, "tools are loaded without TLDATA for them",
+                           "they are taken to be as long as the tool before");
     }
 
     static constexpr double kFrameSlack = 1e-3; // what files round
@@ -388,12 +365,6 @@ Toolpath ReadApt(std::istream& in, const std::string& file, LengthUnit lengthUni
     LineReader lines(in, file, kPathBounds);
     AptStatementReader statements(lines);
     return Interpreter(file, lengthUnit).Read(statements);
-}
-
-Toolpath ReadAptFile(const std::filesystem::path& path, LengthUnit lengthUnit)
-{
-    std::ifstream in = OpenInput(path);
-    return ReadApt(in, path.string(), lengthUnit);
 }
 
 } // namespace host

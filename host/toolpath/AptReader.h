@@ -1,7 +1,6 @@
 #ifndef TRUNNION_HOST_TOOLPATH_APT_READER_H
 #define TRUNNION_HOST_TOOLPATH_APT_READER_H
 
-#include <filesystem>
 #include <istream>
 #include <string>
 
@@ -18,7 +17,6 @@ namespace host
 /// FROM is no motion: it makes no point, and only its vector counts. Before any vector the tool
 /// stands along z of the frame that MSYS set.
 Toolpath ReadApt(std::istream& in, const std::string& file, LengthUnit lengthUnit);
-Toolpath ReadAptFile(const std::filesystem::path& path, LengthUnit lengthUnit);
 
 } // namespace host
 

@@ -40,6 +40,7 @@ class PathBuilder
     /// The last point, or null.
     const ToolPoint* Last() const;
     bool IsEmpty() const { return path.points.empty(); }
+    std::size_t Count() const { return path.points.size(); }
     /// True when the next point is the first of an operation.
     bool IsAtStart() const { return !isUnderWay; }
 

@@ -23,7 +23,9 @@ using host::Feed;
 using host::FeedPer;
 using host::LoadedMachine;
 using host::MotionRow;
+using host::operator+;
 using host::operator-;
+using host::operator*;
 using host::ToDegrees;
 using host::ToRadians;
 
@@ -53,7 +55,7 @@ host::Toolpath PathOf(std::size_t points, Feed feed)
 std::string Write(const Dialect& dialect, const LoadedMachine& machine, const host::Toolpath& path,
                   const std::vector<MotionRow>& rows)
 {
-    host::GcodeWriter writer(dialect, machine, machine.streams.front(), path);
+    host::GcodeWriter writer(dialect, machine, machine.AxesOf(machine.streams.front()), path);
     std::string text = writer.Begin();
     for (const MotionRow& row : rows) {
         text += writer.Row(row);
@@ -189,6 +191,59 @@ TEST_F(GcodeWriter, UnwindsByARapidTurnAtTheRetractedPlace)
               "G94 G1 X0.0000 Y0.0000 Z130.0000 A0.0000 C-10.0000 F300.000\n"
               "Z115.0000\n"
               "G49\n");
+}
+
+TEST_F(GcodeWriter, SwingsToAnotherBranchAtTheRetractedPlace)
+{
+    // From A 20, C 0 to A -20, C 180, the tool's end in the part's zero: that is 20 above the A
+    // axis, at (0, -20 sin A, 20 cos A - 120), wherever C stands.
+    const double y = 20.0 * std::sin(ToRadians(20));
+    const double z = 20.0 * std::cos(ToRadians(20)) - 120.0;
+    const MotionRow here = Row(0, {0, -y, z, 20, 0});
+    const auto pulledBack = [&](const MotionRow& row) {
+        MotionRow pulled = row;
+        pulled.joints[2] += 50.0;
+        pulled.asked.position = row.asked.position + 50.0 * row.asked.direction;
+        pulled.flags.isRewind = true;
+        return pulled;
+    };
+    MotionRow swung = Row(0, {0, y, z, -20, 180});
+    swung.flags.isRewind = true;
+    const std::vector<MotionRow> rows{here, pulledBack(here), pulledBack(swung), swung};
+    EXPECT_EQ(Body(Write(inverseTime, machine, PathOf(1, k300), rows)),
+              "(FACE)\n"
+              "T3 M6\n"
+              "G0 X0.0000 Y-6.8404 Z-101.2061 A20.0000 C0.0000\n"
+              "G93 G1 Z-51.2061 F6.000\n"
+              "G0 Y6.8404 A-20.0000 C180.0000\n"
+              "G1 Z-101.2061 F6.000\n");
+    // Under tool centre point control its end rests while C turns by 180 degrees in 1/20 min; 40
+    // and 180 are 184.3909 together.
+    EXPECT_EQ(Body(Write(tcp, machine, PathOf(1, k300), rows)),
+              "(FACE)\n"
+              "T3 M6\n"
+              "G43.4 H3\n"
+              "G0 X0.0000 Y0.0000 Z0.0000 A20.0000 C0.0000\n"
+              "G94 G1 Y17.1010 Z46.9846 F300.000\n"
+              "A-20.0000 C180.0000 F3687.818\n"
+              "Y0.0000 Z0.0000 F300.000\n"
+              "G49\n");
+}
+
+TEST_F(GcodeWriter, GoesBackAndForthRapidlyWhereARapidPointIsRewound)
+{
+    host::Toolpath path = PathOf(2, k300);
+    path.points[0].isRapid = true;
+    path.points[0].feed.reset();
+    EXPECT_EQ(Body(Write(inverseTime, machine, path,
+                         {RapidRow(0, {0, 0, 30, 0, 350}), RewindRow(0, {0, 0, 80, 0, 350}),
+                          RewindRow(0, {0, 0, 80, 0, -10}), RewindRow(0, {0, 0, 30, 0, -10})})),
+              "(FACE)\n"
+              "T3 M6\n"
+              "G0 X0.0000 Y0.0000 Z30.0000 A0.0000 C350.0000\n"
+              "Z80.0000\n"
+              "C-10.0000\n"
+              "Z30.0000\n");
 }
 
 TEST_F(GcodeWriter, TurnsWithoutLinearWordsEvenWhereAllAreRepeated)

@@ -433,8 +433,10 @@ TEST_F(Program, DoesNotReplaceWhatItReads)
     for (const std::string output : {"mill.toml", "./part.cl"}) {
         const Outcome outcome = Run({"solve", "mill.toml", "part.cl", "-o", output});
         EXPECT_EQ(outcome.code, 2);
-        EXPECT_EQ(outcome.err,
-                  output + ": the table would replace a file that is read; choose another name\n");
+        EXPECT_EQ(
+            outcome.err,
+            output +
+                ": the run would write over a file that it reads or writes; choose another name\n");
     }
     EXPECT_EQ(ContentOf(folder.Path() / "mill.toml"), machine);
     EXPECT_EQ(ContentOf(folder.Path() / "part.cl"), kShortPath);

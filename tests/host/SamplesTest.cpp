@@ -15,7 +15,7 @@
 #include "geometry/Frame.h"
 #include "machine/LoadedMachine.h"
 #include "table/JointTableReader.h"
-#include "toolpath/AptReader.h"
+#include "toolpath/ToolpathFile.h"
 
 namespace
 {
@@ -41,7 +41,7 @@ fs::path PathFile(const std::string& name)
 
 Toolpath PathOf(const std::string& name)
 {
-    return host::ReadAptFile(PathFile(name), host::LengthUnit::Millimetre);
+    return host::ReadToolpath(PathFile(name), std::nullopt, host::LengthUnit::Millimetre);
 }
 
 double Distance(const Vec3& a, const Vec3& b)

@@ -29,7 +29,7 @@ host::Dialect FourDecimals()
 
 std::vector<Coordinate> AxesOf(const host::LoadedMachine& machine, const host::Dialect& dialect)
 {
-    return host::AxisCoordinates(machine, machine.streams.front(), dialect);
+    return host::AxisCoordinates(machine, machine.AxesOf(machine.streams.front()), dialect);
 }
 
 host::MotionRow RowWith(std::vector<double> joints)
@@ -52,7 +52,7 @@ std::string FaultOf(const std::string& text, const host::Dialect& dialect, bool 
 {
     const host::LoadedMachine machine = Load(text);
     try {
-        ofTip ? host::TipCoordinates(machine, machine.streams.front(), dialect)
+        ofTip ? host::TipCoordinates(machine, machine.AxesOf(machine.streams.front()), dialect)
               : AxesOf(machine, dialect);
     } catch (const host::InputError& error) {
         return error.what();
@@ -141,7 +141,8 @@ TEST(Words, ComeInTheOrderOfTheAxes)
 TEST(Words, OfTheTipComeBeforeTheRotaryOnes)
 {
     const host::LoadedMachine machine = Load(test::MillText());
-    const auto coordinates = host::TipCoordinates(machine, machine.streams.front(), FourDecimals());
+    const auto coordinates =
+        host::TipCoordinates(machine, machine.AxesOf(machine.streams.front()), FourDecimals());
     EXPECT_EQ(Addresses(coordinates), (std::vector<std::string>{"X", "Y", "Z", "A", "C"}));
     host::MotionRow row = RowWith({1, 2, 3, 0.1, 0.2});
     row.asked.position = {-7.00004, 8.5, 1000.0};

@@ -1,0 +1,61 @@
+#include "app/SolveOutputs.h"
+
+namespace host
+{
+
+SolveOutputs::SolveOutputs(const SolveOptions& options, const LoadedMachine& machine,
+                           const Toolpath& ofPath, const std::vector<const Axis*>& axes,
+                           const ShownUnits& units, std::ostream& messages)
+    : err(messages), table(axes, units), tableFile(options.output)
+{
+    if (options.gcode) {
+        dialect = LoadDialect(options.dialect);
+        program.emplace(*dialect, machine, axes, ofPath);
+        programFile = std::make_unique<OutputFile>(*options.gcode);
+    }
+}
+
+void SolveOutputs::Begin()
+{
+    tableFile.Write(table.Header());
+    if (program) {
+        programFile->Write(program->Begin());
+    }
+}
+
+void SolveOutputs::Add(const MotionRow& row, int line)
+{
+    tableFile.Write(table.Row(row, line));
+    if (program) {
+        AddToProgram(row);
+    }
+}
+
+void SolveOutputs::AddToProgram(const MotionRow& row)
+{
+    if (!row.flags.hasFailed) {
+        programFile->Write(program->Row(row));
+        return;
+    }
+    err << "no G-code is written: a program without this point would cut something else\n";
+    program.reset();
+    programFile.reset();
+}
+
+void SolveOutputs::Finish()
+{
+    if (program) {
+        programFile->Write(program->End());
+        programFile->Finish();
+    }
+    tableFile.Finish();
+}
+
+std::filesystem::path SolveOutputs::FinishAsPartial()
+{
+    program.reset();
+    programFile.reset();
+    return tableFile.FinishAsPartial();
+}
+
+} // namespace host
