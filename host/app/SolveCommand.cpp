@@ -8,6 +8,8 @@
 
 #include "app/Interrupt.h"
 #include "app/Progress.h"
+#include "app/ReportText.h"
+#include "app/RunReport.h"
 #include "app/SolveOutputs.h"
 #include "app/SolveSetup.h"
 #include "app/Summary.h"
@@ -171,7 +173,12 @@ ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err
         return kExitInterrupted;
     }
     if (!options.isQuiet) {
-        run.Result().Print(out, path.file, std::chrono::steady_clock::now() - start);
+        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+        RunReport report;
+        report.toolpath.path = path.file;
+        run.Result().FillIn(report);
+        report.seconds = time.count();
+        PrintReport(report, out);
     }
     return run.Result().HasFailures() ? kExitPointsFailed : kExitOk;
 }

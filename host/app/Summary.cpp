@@ -3,10 +3,20 @@
 #include <algorithm>
 #include <utility>
 
-#include "text/Numbers.h"
-
 namespace host
 {
+
+namespace
+{
+
+void Note(std::optional<ReportedError>& worst, double value, int line)
+{
+    if (!worst || value > worst->value) {
+        worst = ReportedError{value, line};
+    }
+}
+
+} // namespace
 
 Summary::Summary(std::vector<const Axis*> ofAxes, const ShownUnits& inUnits)
     : axes(std::move(ofAxes)), units(inUnits)
@@ -15,10 +25,11 @@ Summary::Summary(std::vector<const Axis*> ofAxes, const ShownUnits& inUnits)
 void Summary::Add(const MotionRow& row, int line)
 {
     if (row.flags.hasFailed) {
-        ++failed;
+        ++counts.points;
+        ++counts.failed;
         return;
     }
-    if (rows++ == 0) {
+    if (counts.rows++ == 0) {
         for (const double value : row.joints) {
             spans.push_back({value, value});
         }
@@ -28,70 +39,48 @@ void Summary::Add(const MotionRow& row, int line)
         spans[i].high = std::max(spans[i].high, row.joints[i]);
     }
     if (row.flags.isInserted) {
-        ++inserted;
+        ++counts.inserted;
     } else if (!row.flags.isRewind) {
-        ++converged;
+        ++counts.points;
+        ++counts.converged;
     }
     Note(position, row.error.position, line);
-    Note(direction, row.error.direction_deg, line);
+    Note(direction_deg, row.error.direction_deg, line);
 }
 
-void Summary::Note(Worst& worst, double value, int line)
+void Summary::FillIn(RunReport& report) const
 {
-    if (value > worst.value) {
-        worst = {value, line};
-    }
-}
-
-void Summary::Print(std::ostream& out, const std::string& pathFile,
-                    std::chrono::duration<double> time) const
-{
-    out << "points     " << converged + failed << ": " << converged << " converged, " << failed
-        << " failed\n";
-    if (rows > 0) {
-        out << "rows       " << rows << ", " << inserted << " of them inserted between points\n";
-        PrintWorst(out, pathFile);
-        PrintAxes(out);
-    }
-    PrintEvents(out, pathFile);
-    out << "time       " << FixedText(time.count(), 2) << " s\n";
-}
-
-void Summary::PrintWorst(std::ostream& out, const std::string& pathFile) const
-{
-    out << "position   off by at most " << RoundedText(position.value) << " "
-        << Symbol(units.length) << ", at " << pathFile << ":" << position.line << "\n"
-        << "direction  off by at most " << RoundedText(direction.value) << " deg, at " << pathFile
-        << ":" << direction.line << "\n";
-}
-
-void Summary::PrintAxes(std::ostream& out) const
-{
+    report.lengthUnit = Symbol(units.length);
+    report.angleUnit = Symbol(units.angle);
+    report.counts = counts;
+    report.position = position;
+    report.direction_deg = direction_deg;
+    report.axes.clear();
     for (std::size_t i = 0; i < axes.size(); ++i) {
-        out << "axis       " << axes[i]->name << " "
-            << DecimalText(Shown(*axes[i], spans[i].low, units)) << " to "
-            << DecimalText(Shown(*axes[i], spans[i].high, units)) << " " << Symbol(*axes[i], units)
-            << " (" << LimitsText(*axes[i], units) << ")\n";
+        report.axes.push_back(AxisAt(i));
     }
+    report.events = events;
 }
 
-/// Failed points are told of as they come; here stands the rest, as far as anyone reads it.
-void Summary::PrintEvents(std::ostream& out, const std::string& pathFile) const
+ReportedAxis Summary::AxisAt(std::size_t index) const
 {
-    constexpr std::size_t kMostShown = 12;
-    std::size_t count = 0;
-    for (const Event& event : events) {
-        if (event.kind == EventKind::Failed || count++ >= kMostShown) {
-            continue;
-        }
-        std::string name = Name(event.kind);
-        name.resize(11, ' ');
-        out << name << pathFile << ":" << event.line << ": " << event.sentence << "\n";
+    const Axis& axis = *axes[index];
+    const auto shown = [&](double low, double high) {
+        return ReportedRange{Shown(axis, low, units), Shown(axis, high, units)};
+    };
+    ReportedAxis reported;
+    reported.name = axis.name;
+    reported.isRotary = axis.isRotary;
+    reported.word = axis.word;
+    reported.wordSign = axis.wordSign;
+    reported.unit = Symbol(axis, units);
+    if (!axis.IsUnlimited()) {
+        reported.limits = shown(axis.joint->GetLowBound(), axis.joint->GetHiBound());
     }
-    if (count > kMostShown) {
-        out << "events     " << count - kMostShown
-            << " more; --summary FILE writes down all of them\n";
+    if (!spans.empty()) {
+        reported.reached = shown(spans[index].low, spans[index].high);
     }
+    return reported;
 }
 
 } // namespace host

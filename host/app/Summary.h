@@ -1,12 +1,11 @@
 #ifndef TRUNNION_HOST_APP_SUMMARY_H
 #define TRUNNION_HOST_APP_SUMMARY_H
 
-#include <chrono>
 #include <cstddef>
-#include <ostream>
-#include <string>
+#include <optional>
 #include <vector>
 
+#include "app/RunReport.h"
 #include "machine/AxisText.h"
 #include "motion/Event.h"
 #include "motion/MotionRow.h"
@@ -14,55 +13,29 @@
 namespace host
 {
 
-/// What a run over a path comes to.
+/// Collects what a run over a path comes to.
 class Summary
 {
   public:
-    struct Worst
-    {
-        double value{-1.0};
-        int line{0};
-    };
-    struct Span
-    {
-        double low;
-        double high;
-    };
-
     Summary(std::vector<const Axis*> ofAxes, const ShownUnits& inUnits);
 
     /// `line` is that of the row's point.
     void Add(const MotionRow& row, int line);
     void Add(const Event& event) { events.push_back(event); }
 
-    bool HasFailures() const { return failed > 0; }
-    std::size_t Converged() const { return converged; }
-    std::size_t Failed() const { return failed; }
-    std::size_t Rows() const { return rows; }
-    std::size_t Inserted() const { return inserted; }
-    const Worst& WorstPosition() const { return position; }   //!< [length]
-    const Worst& WorstDirection() const { return direction; } //!< [deg]
-    const std::vector<Span>& Spans() const { return spans; }  //!< of the axes, [length] or [rad]
-    const std::vector<Event>& Events() const { return events; }
-
-    void Print(std::ostream& out, const std::string& pathFile,
-               std::chrono::duration<double> time) const;
+    bool HasFailures() const { return counts.failed > 0; }
+    /// Sets the units, the counts, the worst errors, the axes and the events of a report.
+    void FillIn(RunReport& report) const;
 
   private:
-    static void Note(Worst& worst, double value, int line);
-    void PrintWorst(std::ostream& out, const std::string& pathFile) const;
-    void PrintAxes(std::ostream& out) const;
-    void PrintEvents(std::ostream& out, const std::string& pathFile) const;
+    ReportedAxis AxisAt(std::size_t index) const;
 
     std::vector<const Axis*> axes;
     ShownUnits units;
-    std::size_t converged{0};
-    std::size_t failed{0};
-    std::size_t rows{0};
-    std::size_t inserted{0};
-    Worst position;
-    Worst direction;
-    std::vector<Span> spans;
+    ReportedCounts counts;
+    std::optional<ReportedError> position;
+    std::optional<ReportedError> direction_deg;
+    std::vector<Range> spans; //!< of the axes [length] or [rad]; empty without any row
     std::vector<Event> events;
 };
 
