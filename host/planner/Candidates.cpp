@@ -94,7 +94,7 @@ void CandidateTable::NumberBranches(std::size_t point, int& known)
     const Place at = PlaceOf(point);
     for (std::size_t i = at.begin; i < at.end; ++i) {
         if (blocks[at.block].branches[i] == 0) {
-            const int parent = blocks[at.block].parents[i];
+            const int parent = ParentAt(point, i - at.begin);
             numbers[at.block][i] = static_cast<std::int8_t>(
                 parent >= 0 ? BranchAt(point - 1, static_cast<std::size_t>(parent))
                             : 1 + known++ % kNumbers);

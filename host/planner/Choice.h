@@ -70,7 +70,7 @@ class MotionRules
 class Choice
 {
   public:
-    Choice(const Workplace& place, const CandidateTable& candidates);
+    Choice(const Workplace& place, const CandidateTable& table);
 
     /// Nothing where a point has no state, or leaves the first axis of the pair free.
     std::optional<MotionState> StateAt(std::size_t point) const;

@@ -1,6 +1,7 @@
 #include "planner/PathPlan.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -20,9 +21,8 @@ std::vector<const Axis*> AxesOfAll(const LoadedMachine& machine,
         moved.insert(stream->axes.begin(), stream->axes.end());
     }
     std::vector<const Axis*> axes;
-    for (const std::size_t index : moved) {
-        axes.push_back(&machine.axes[index]);
-    }
+    std::transform(moved.begin(), moved.end(), std::back_inserter(axes),
+                   [&](std::size_t index) { return &machine.axes[index]; });
     return axes;
 }
 

@@ -51,7 +51,7 @@ class PathPlan
     /// Whether this could be the candidates of the next block.
     bool Accepts(const CandidateBlock& block) const;
     /// Takes the candidates of the next block.
-    void Append(CandidateBlock found);
+    void Append(CandidateBlock next);
     std::size_t NumAppended() const { return appended; }
     const CandidateBlock& Appended(std::size_t block) const;
 
