@@ -337,6 +337,7 @@ void MotionBuilder::NotePole(std::size_t point)
                    " deg of the pole of " + place.Axes()[place.Pair()->FirstAxis()]->name);
     }
     isInCone = isThere;
+    isNearPole = isThere || isPassed;
 }
 
 /// Reports what swings on the way to a point; true when that is worth a flag.
@@ -365,8 +366,8 @@ bool MotionBuilder::NoteSwing(std::size_t point, const JointValues& before,
         if (isFree && !axis.IsUnlimited() && turn > kPi) {
             Report(EventKind::Rewind, point, turns + way);
         } else if (!isFree && turn > kLargeTurn) {
-            Report(EventKind::Flip, point, turns + way);
-            isLarge = true;
+            Report(isNearPole ? EventKind::Pole : EventKind::Flip, point, turns + way);
+            isLarge = !isNearPole;
         }
     }
     return isLarge;

@@ -61,6 +61,7 @@ class MotionBuilder
     int currentBranch{0};
     bool isFollowed{false}; // the point before was reached, so that there is a way from it
     bool isInCone{false};
+    bool isNearPole{false}; // the way to the point leads through the cone
     std::vector<bool> isAtLimit;
     // The stretch of points at the pole that is under way: how its free axis turns.
     std::size_t poleEnd{0};

@@ -19,7 +19,7 @@
 #include "app/SolveCommand.h"
 #include "solve/PointSolver.h"
 #include "text/Numbers.h"
-#include "toolpath/AptReader.h"
+#include "toolpath/ToolpathFile.h"
 
 namespace
 {
@@ -97,7 +97,7 @@ int Measure(const fs::path& machineFile, const fs::path& pathFile, double most)
 {
     host::LoadedMachine machine = host::LoadMachine(machineFile);
     const host::LoadedStream& stream = machine.StreamWithId(std::nullopt);
-    const host::Toolpath path = host::ReadAptFile(pathFile, machine.length);
+    const host::Toolpath path = host::ReadToolpath(pathFile, std::nullopt, machine.length);
     const double run = SecondsOfRun(machineFile, pathFile);
     const double solves = SecondsOfSolves(machine, stream, path);
     std::cout << "| points | whole run | as many solves twice over | ratio |\n|---|---|---|---|\n| "
