@@ -90,6 +90,9 @@ bool AptStatementReader::AppendLine()
     if (isContinued) {
         line.remove_suffix(1);
     }
+    if (!pieces.empty()) {
+        text += ' '; // a word or a number ends with its line
+    }
     pieces.push_back({text.size(), lines.Number()});
     text += line;
     return isContinued;

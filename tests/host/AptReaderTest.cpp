@@ -542,6 +542,7 @@ TEST(AptReader, RefusesWhatIsNoNumberWhereItStands)
     EXPECT_EQ(FaultOf("GOTO/1,2,inf\n"), "part.cl:1:10: \"INF\"" + rule);
     EXPECT_EQ(FaultOf("GOTO/1,2,1e999\n"), "part.cl:1:10: \"1E999\"" + rule);
     EXPECT_EQ(FaultOf("GOTO/1,2,0x10\n"), "part.cl:1:10: \"0X10\"" + rule);
+    EXPECT_EQ(FaultOf("GOTO/1,2$\n3,4\n"), "part.cl:1:8: \"2 3\"" + rule);
     EXPECT_EQ(FaultOf("GOTO/1,2$3,4\n"), "part.cl:1:8: \"2$3\"" + rule);
     EXPECT_EQ(FaultOf("GOTO/1,2,3,0,0,q\n"), "part.cl:1:16: \"Q\"" + rule);
     EXPECT_EQ(FaultOf("FEDRAT/fast,MMPM\n"), "part.cl:1:8: \"FAST\"" + rule);
