@@ -19,4 +19,23 @@ void AddMachine(CLI::App& command, MachineOptions& machine)
         ->type_name("LINK");
 }
 
+CLI::Option* AddToolpath(CLI::App& command, PathOptions& path)
+{
+    command
+        .add_option_function<std::string>(
+            "--format",
+            [&path](const std::string& name) {
+                path.format = FindToolpathFormat(name);
+                if (!path.format) {
+                    throw CLI::ValidationError("--format", name + " is none of apt, csv, nc");
+                }
+            },
+            "The toolpath's format, apt, csv or nc; otherwise as its name says")
+        ->type_name("NAME");
+    return command.add_option(
+        "TOOLPATH", path.file,
+        "The toolpath: cutter locations (APT), a table (CSV) or an NC program "
+        "with tool vectors");
+}
+
 } // namespace host

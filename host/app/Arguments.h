@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "app/MachineOptions.h"
+#include "app/PathOptions.h"
 
 // What the commands' command lines have in common.
 namespace host
@@ -19,6 +20,8 @@ inline constexpr const char* kExitCodes =
 
 /// Every command that works on a machine asks for it in the same words.
 void AddMachine(CLI::App& command, MachineOptions& machine);
+/// And the same for toolpaths; the option is TOOLPATH itself.
+CLI::Option* AddToolpath(CLI::App& command, PathOptions& path);
 
 } // namespace host
 

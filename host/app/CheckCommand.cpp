@@ -1,10 +1,11 @@
 #include "app/CheckCommand.h"
 
+#include <optional>
+
 #include "app/MachineReport.h"
 #include "app/PathReport.h"
 #include "machine/AxisText.h"
 #include "machine/LoadedMachine.h"
-#include "toolpath/ToolpathFile.h"
 
 namespace host
 {
@@ -17,8 +18,8 @@ ExitCode Check(const CheckOptions& options, std::ostream& out, std::ostream& err
     const ShownUnits units{machine.length,
                            options.inRadians ? AngleUnit::Radian : AngleUnit::Degree};
     std::optional<Toolpath> path;
-    if (options.toolpath) {
-        path = ReadToolpath(*options.toolpath, std::nullopt, machine.length);
+    if (!options.toolpath.file.empty()) {
+        path = ReadToolpath(options.toolpath.file, options.toolpath.format, machine.length);
         for (const std::string& warning : path->warnings) {
             err << warning << "\n";
         }
@@ -26,7 +27,8 @@ ExitCode Check(const CheckOptions& options, std::ostream& out, std::ostream& err
     MachineReport(machine, units, out).Print(only);
     if (path) {
         out << "\n";
-        PathReport(*path, units, out).Print();
+        PathReport(*path, units, out)
+            .Print(options.toolpath.format.value_or(ToolpathFormatOf(options.toolpath.file)));
     }
     return kExitOk;
 }

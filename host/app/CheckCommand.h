@@ -1,12 +1,11 @@
 #ifndef TRUNNION_HOST_APP_CHECK_COMMAND_H
 #define TRUNNION_HOST_APP_CHECK_COMMAND_H
 
-#include <filesystem>
-#include <optional>
 #include <ostream>
 
 #include "app/ExitCode.h"
 #include "app/MachineOptions.h"
+#include "app/PathOptions.h"
 
 namespace host
 {
@@ -14,7 +13,7 @@ namespace host
 struct CheckOptions
 {
     MachineOptions machine;
-    std::optional<std::filesystem::path> toolpath;
+    PathOptions toolpath; //!< without a file: the machine alone
     bool inRadians{false};
 };
 

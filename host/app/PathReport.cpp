@@ -4,6 +4,7 @@
 #include <array>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -22,6 +23,19 @@ constexpr Vec3 kPartZ{0.0, 0.0, 1.0};
 std::string CountText(std::size_t count, const std::string& noun)
 {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string_view TextOf(ToolpathFormat format)
+{
+    switch (format) {
+    case ToolpathFormat::Csv:
+        return "table (CSV)";
+    case ToolpathFormat::Nc:
+        return "NC program with tool vectors";
+    case ToolpathFormat::Apt:
+        break;
+    }
+    return "cutter locations (APT)";
 }
 
 std::size_t RapidsIn(const std::vector<ToolPoint>& points)
@@ -62,9 +76,10 @@ PathReport::PathReport(const Toolpath& ofPath, const ShownUnits& inUnits, std::o
     : path(ofPath), units(inUnits), out(to)
 {}
 
-void PathReport::Print() const
+void PathReport::Print(ToolpathFormat format) const
 {
     out << "toolpath   " << path.file << "\n"
+        << "format     " << TextOf(format) << "\n"
         << "points     " << path.points.size() << ", " << RapidsIn(path.points) << " at rapid\n";
     PrintExtents();
     PrintTilt();

@@ -5,6 +5,7 @@
 
 #include "machine/AxisText.h"
 #include "toolpath/Toolpath.h"
+#include "toolpath/ToolpathFile.h"
 
 namespace host
 {
@@ -15,7 +16,7 @@ class PathReport
   public:
     PathReport(const Toolpath& ofPath, const ShownUnits& inUnits, std::ostream& to);
 
-    void Print() const;
+    void Print(ToolpathFormat format) const;
 
   private:
     void PrintExtents() const;

@@ -24,7 +24,7 @@ void AddCheck(CLI::App& app, host::CheckOptions& options)
     CLI::App* const check =
         app.add_subcommand("check", "Print what is understood of a machine and a toolpath");
     host::AddMachine(*check, options.machine);
-    check->add_option("TOOLPATH", options.toolpath, "A toolpath, a cutter-location file (APT)");
+    host::AddToolpath(*check, options.toolpath);
     check->add_flag("--radians", options.inRadians, "Angles in radians, not degrees");
     check->footer(host::kExitCodes);
 }

@@ -41,7 +41,7 @@ class CheckCommand : public testing::Test
     {
         host::CheckOptions options;
         options.machine.file = folder.Write("mill.toml", MillText());
-        options.toolpath = folder.Write("part.cl", path);
+        options.toolpath.file = folder.Write("part.cl", path);
         return options;
     }
 
@@ -177,6 +177,7 @@ TEST_F(CheckCommand, PrintsWhatAToolpathComesTo)
     EXPECT_EQ(From(answer.out, "toolpath"),
               "toolpath   " + (folder.Path() / "part.cl").string() +
                   "\n"
+                  "format     cutter locations (APT)\n"
                   "points     5, 2 at rapid\n"
                   "x          -5 to 8 mm\n"
                   "y          -8 to 2 mm\n"
@@ -187,6 +188,22 @@ TEST_F(CheckCommand, PrintsWhatAToolpathComesTo)
                   "operations 2\n"
                   "  1  \"ROUGH\"  tool 3  length 50 mm  2 points  1 at rapid  from line 2\n"
                   "  2  \"FINE\"   tool 4  length 40 mm  3 points  1 at rapid  from line 10\n");
+}
+
+TEST_F(CheckCommand, ReadsTablesAndNcProgramsToo)
+{
+    host::CheckOptions options;
+    options.machine.file = folder.Write("mill.toml", MillText());
+    const std::string table = "x,y,z,i,j,k\n1,2,3,0,0,1\n4,5,6,0,0,1\n";
+    options.toolpath.file = folder.Write("path.csv", table);
+    EXPECT_TRUE(Contains(Check(options).out, "\nformat     table (CSV)\npoints     2, 0 at "));
+    options.toolpath.file = folder.Write("path.txt", table);
+    EXPECT_THROW(Check(options), host::InputError);
+    options.toolpath.format = host::ToolpathFormat::Csv;
+    EXPECT_TRUE(Contains(Check(options).out, "\nx          1 to 4 mm\n"));
+    options.toolpath.file = folder.Write("path", "G90 G21\nG43.5 H1\nG0 X1 Y2 Z3 I0 J0 K1\n");
+    options.toolpath.format = host::ToolpathFormat::Nc;
+    EXPECT_TRUE(Contains(Check(options).out, "\nformat     NC program with tool vectors\n"));
 }
 
 TEST_F(CheckCommand, CountsWhatAFileLeavesOut)

@@ -164,6 +164,7 @@ TEST_F(Program, AnswersWrongUsageWithTwo)
           {"solve", "mill.toml", "part.cl", "third", "-o", "joints.csv"},
           {"check"},
           {"check", "mill.toml", "part.cl", "third"},
+          {"check", "mill.toml", "part.cl", "--format", "step"},
           {"pose"}}) {
         const Outcome outcome = Run(arguments);
         EXPECT_EQ(outcome.code, 2);
@@ -184,7 +185,10 @@ TEST_F(Program, ChecksAMachineAndAToolpath)
     const Outcome both = Run({"check", "mill.toml", "part.cl"});
     EXPECT_EQ(both.code, 0);
     EXPECT_EQ(both.out.rfind(machineAlone.out, 0), 0U);
-    EXPECT_TRUE(Contains(both.out, "\ntoolpath   part.cl\npoints     3, 1 at rapid\n"));
+    EXPECT_EQ(Run({"check", "mill.toml", "part.cl", "--format", "APT"}).out, both.out);
+    EXPECT_TRUE(Contains(
+        both.out,
+        "\ntoolpath   part.cl\nformat     cutter locations (APT)\npoints     3, 1 at rapid\n"));
     EXPECT_EQ(both.err, "");
 }
 
