@@ -98,6 +98,8 @@ void AddSolve(CLI::App& app, SolveOptions& options)
                      "How the control wants it: inverse-time, per-minute, tcp, or a file")
         ->capture_default_str()
         ->type_name("NAME|FILE");
+    solve->add_option("--summary", options.summary, "Also write what came of it (JSON)")
+        ->type_name("FILE");
     AddPlanning(*solve, options);
     solve->add_flag("--resume", options.resumes, "Go on where the same command was interrupted");
     solve->add_flag("--radians", options.inRadians, "Rotary joints in radians, not degrees");

@@ -11,6 +11,7 @@
 #include "app/ReportText.h"
 #include "app/RunReport.h"
 #include "app/SolveOutputs.h"
+#include "app/SolveReport.h"
 #include "app/SolveSetup.h"
 #include "app/Summary.h"
 #include "machine/AxisText.h"
@@ -33,7 +34,7 @@ void RefuseOverwriting(const SolveOptions& options)
 {
     std::vector<fs::path> taken{options.machine.file, options.toolpath};
     for (const std::optional<fs::path>& output :
-         {std::optional<fs::path>(options.output), options.gcode}) {
+         {std::optional<fs::path>(options.output), options.gcode, options.summary}) {
         if (!output) {
             continue;
         }
@@ -63,32 +64,36 @@ class Run
         : options(ofUser), path(request.path), err(messages),
           plan(request), units{request.machine.length,
                                ofUser.inRadians ? AngleUnit::Radian : AngleUnit::Degree},
-          machine(request.machine), summary(plan.Axes(), units),
-          showsProgress(!ofUser.isQuiet && IsErrorATerminal()),
-          checkpoint(WithSuffix(ofUser.output, ".resume"))
+          summary(plan.Axes(), units), showsProgress(!ofUser.isQuiet && IsErrorATerminal()),
+          checkpoint(WithSuffix(ofUser.output, ".resume")),
+          outputs(ofUser, request.machine, request.path, plan.Axes(), units, messages)
     {}
 
     /// False when it was interrupted; what is done is then kept.
     bool Execute(const Interrupt& interrupt)
     {
-        SolveOutputs outputs(options, machine, path, plan.Axes(), units, err);
         const std::string fingerprint = RunFingerprint(options);
         if (options.resumes) {
             LoadCheckpoint(checkpoint, fingerprint, plan);
         }
         // Rows are written even where not all points are solved: for the user to look at.
         const bool isFound = FindCandidates(interrupt);
-        const bool isWritten = WriteRows(outputs, interrupt, isFound);
+        const bool isWritten = WriteRows(interrupt, isFound);
         if (!isFound || !isWritten) {
             SaveCheckpoint(checkpoint, fingerprint, plan);
-            Explain(outputs, isFound);
+            Explain(isFound);
             return false;
         }
-        outputs.Finish();
+        return true;
+    }
+
+    /// Puts all files in their places.
+    void Finish(const RunReport& report)
+    {
+        outputs.Finish(report);
         std::error_code ignored; // what an earlier, interrupted run has left
         fs::remove(checkpoint, ignored);
         fs::remove(WithSuffix(options.output, ".partial"), ignored);
-        return true;
     }
 
     const Summary& Result() const { return summary; }
@@ -107,7 +112,7 @@ class Run
         return true;
     }
 
-    bool WriteRows(SolveOutputs& outputs, const Interrupt& interrupt, bool isInterruptible)
+    bool WriteRows(const Interrupt& interrupt, bool isInterruptible)
     {
         Progress progress(err, "writing point", path.points.size(), showsProgress);
         outputs.Begin();
@@ -132,7 +137,7 @@ class Run
         return plan.Build({takeRow, takeEvent, mayGoOn});
     }
 
-    void Explain(SolveOutputs& outputs, bool isFound)
+    void Explain(bool isFound)
     {
         const std::size_t solved =
             plan.NumAppended() == 0 ? 0 : plan.PointsUpTo(plan.NumAppended() - 1);
@@ -147,10 +152,10 @@ class Run
     std::ostream& err;
     PathPlan plan;
     ShownUnits units;
-    const LoadedMachine& machine;
     Summary summary;
     bool showsProgress;
     fs::path checkpoint;
+    SolveOutputs outputs;
     std::size_t done{0};
 };
 
@@ -172,12 +177,10 @@ ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err
     if (!run.Execute(interrupt)) {
         return kExitInterrupted;
     }
+    const RunReport report =
+        ReportOf(options, request, run.Result(), std::chrono::steady_clock::now() - start);
+    run.Finish(report);
     if (!options.isQuiet) {
-        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-        RunReport report;
-        report.toolpath.path = path.file;
-        run.Result().FillIn(report);
-        report.seconds = time.count();
         PrintReport(report, out);
     }
     return run.Result().HasFailures() ? kExitPointsFailed : kExitOk;

@@ -41,6 +41,10 @@ struct SolveOptions
     std::string branchChange{"rapids"}; //!< or "retract"
     std::optional<double> retract;      //!< nothing: 50 mm or 2 inches [length]
 
+    std::optional<std::filesystem::path> summary; //!< nothing: no JSON is written
+    std::string version;                          //!< of the program, for the summary
+    std::vector<std::string> command;             //!< the program's arguments, for the summary
+
     bool resumes{false};
     bool inRadians{false};
     bool isQuiet{false};

@@ -1,5 +1,7 @@
 #include "app/SolveOutputs.h"
 
+#include "app/SummaryJson.h"
+
 namespace host
 {
 
@@ -12,6 +14,9 @@ SolveOutputs::SolveOutputs(const SolveOptions& options, const LoadedMachine& mac
         dialect = LoadDialect(options.dialect);
         program.emplace(*dialect, machine, axes, ofPath);
         programFile = std::make_unique<OutputFile>(*options.gcode);
+    }
+    if (options.summary) {
+        summaryFile = std::make_unique<OutputFile>(*options.summary);
     }
 }
 
@@ -42,11 +47,15 @@ void SolveOutputs::AddToProgram(const MotionRow& row)
     programFile.reset();
 }
 
-void SolveOutputs::Finish()
+void SolveOutputs::Finish(const RunReport& report)
 {
     if (program) {
         programFile->Write(program->End());
         programFile->Finish();
+    }
+    if (summaryFile) {
+        summaryFile->Write(ToJson(report));
+        summaryFile->Finish();
     }
     tableFile.Finish();
 }
@@ -55,6 +64,7 @@ std::filesystem::path SolveOutputs::FinishAsPartial()
 {
     program.reset();
     programFile.reset();
+    summaryFile.reset();
     return tableFile.FinishAsPartial();
 }
 

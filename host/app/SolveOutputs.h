@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app/RunReport.h"
 #include "app/SolveOptions.h"
 #include "machine/AxisText.h"
 #include "post/Dialect.h"
@@ -19,8 +20,8 @@
 namespace host
 {
 
-/// The files that a run writes row by row, side by side: the joint table and, on request, G-code.
-/// They appear at their places all together, at the end.
+/// The files that a run writes row by row, side by side: the joint table and, on request, G-code
+/// and a summary. They appear at their places all together, at the end.
 class SolveOutputs
 {
   public:
@@ -30,8 +31,8 @@ class SolveOutputs
 
     void Begin();
     void Add(const MotionRow& row, int line);
-    void Finish();
-    /// Leaves the table as a partial one and no G-code; returns the table's name.
+    void Finish(const RunReport& report);
+    /// Leaves the table as a partial one and nothing else; returns the table's name.
     std::filesystem::path FinishAsPartial();
 
   private:
@@ -43,6 +44,7 @@ class SolveOutputs
     std::optional<Dialect> dialect;
     std::optional<GcodeWriter> program; // nothing where none is wanted, or none can be whole
     std::unique_ptr<OutputFile> programFile;
+    std::unique_ptr<OutputFile> summaryFile;
 };
 
 } // namespace host

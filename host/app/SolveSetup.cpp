@@ -1,14 +1,12 @@
 #include "app/SolveSetup.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <map>
 
+#include "app/FileDigest.h"
 #include "machine/AxisText.h"
 #include "text/Fingerprint.h"
 #include "text/InputError.h"
-#include "text/InputFile.h"
 #include "text/Numbers.h"
 #include "text/Quoted.h"
 
@@ -233,18 +231,15 @@ PlanRequest RequestFrom(const SolveOptions& options, LoadedMachine& machine, con
 
 std::string RunFingerprint(const SolveOptions& options)
 {
-    const auto contentOf = [](const std::filesystem::path& file) {
-        std::ifstream in = OpenInput(file);
-        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    };
     const auto numberOf = [](const std::optional<double>& value) {
         return value ? ShortestText(*value) : std::string("-");
     };
     Fingerprint print;
-    print.Add(contentOf(options.machine.file));
+    print.Add(options.version);
+    print.Add(FileDigest(options.machine.file));
     print.Add(options.machine.links.tool.value_or(""));
     print.Add(options.machine.links.part.value_or(""));
-    print.Add(contentOf(options.toolpath));
+    print.Add(FileDigest(options.toolpath));
     print.Add(options.machine.stream ? std::to_string(*options.machine.stream) : "-");
     for (const std::string& text : options.operationStreams) {
         print.Add(text);

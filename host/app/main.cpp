@@ -67,6 +67,8 @@ host::ExitCode Run(int argc, char** argv)
     app.require_subcommand(1);
     app.footer(host::kExitCodes);
     host::SolveOptions solve;
+    solve.version = host::kVersion;
+    solve.command.assign(argv, argv + argc);
     host::CheckOptions check;
     host::PoseOptions pose;
     host::BranchesOptions branches;

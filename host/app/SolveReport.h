@@ -1,0 +1,20 @@
+#ifndef TRUNNION_HOST_APP_SOLVE_REPORT_H
+#define TRUNNION_HOST_APP_SOLVE_REPORT_H
+
+#include <chrono>
+
+#include "app/RunReport.h"
+#include "app/SolveOptions.h"
+#include "app/Summary.h"
+#include "planner/PathPlan.h"
+
+namespace host
+{
+
+/// What a run came to, and under which settings.
+RunReport ReportOf(const SolveOptions& options, const PlanRequest& request, const Summary& summary,
+                   std::chrono::duration<double> time);
+
+} // namespace host
+
+#endif
