@@ -59,6 +59,14 @@ bool IsUpright(const ToolPoint& point)
     return point.direction == kUpright;
 }
 
+/// How far the tool's direction turns about the part's z; 0 where it leaves the pole.
+double TurnBetween_deg(const ToolPoint& from, const ToolPoint& to)
+{
+    const Vec3& a = from.direction;
+    const Vec3& b = to.direction;
+    return host::ToDegrees(std::atan2(a[0] * b[1] - a[1] * b[0], a[0] * b[0] + a[1] * b[1]));
+}
+
 std::vector<ToolPoint> CutsOf(const Toolpath& path, int operation)
 {
     std::vector<ToolPoint> cuts;
@@ -69,6 +77,8 @@ std::vector<ToolPoint> CutsOf(const Toolpath& path, int operation)
     return cuts;
 }
 
+const host::MountLinks kArmLinks{"spindle_nose", "part"};
+
 // Each on its machine ------------------------------------------------------------------------
 
 struct Sample
@@ -77,6 +87,7 @@ struct Sample
     const char* machine;
     const char* toolpath;
     host::MountLinks links;
+    std::vector<std::string> options;
 };
 
 void PrintTo(const Sample& sample, std::ostream* out)
@@ -97,6 +108,7 @@ class SampleOnItsMachine : public testing::TestWithParam<Sample>
             command.insert(command.end(), {"--tool-link", *sample.links.tool, "--part-link",
                                            sample.links.part.value_or("")});
         }
+        command.insert(command.end(), sample.options.begin(), sample.options.end());
         return Process(command, folder.Path()).Wait();
     }
 
@@ -146,11 +158,16 @@ TEST_P(SampleOnItsMachine, IsReachedWithinTheLimitsAtEveryPoint)
 
 INSTANTIATE_TEST_SUITE_P(
     All, SampleOnItsMachine,
-    testing::Values(Sample{"TrunnionTable", "trunnion-ac.toml", "dome-over-the-top.cl", {}},
-                    Sample{"HeadAndTable", "head-table-bc.toml", "impeller-blade.cl", {}},
-                    Sample{"HeadHead", "head-head-ca.toml", "turbine-ring.cl", {}},
-                    Sample{"NutatingHead", "nutating-bc.toml", "pocket-tilted-walls.cl", {}},
-                    Sample{"MillTurn", "mill-turn-bc.toml", "cylinder-engraving.cl", {}}),
+    testing::Values(Sample{"TrunnionTable", "trunnion-ac.toml", "dome-over-the-top.cl", {}, {}},
+                    Sample{"HeadAndTable", "head-table-bc.toml", "impeller-blade.cl", {}, {}},
+                    Sample{"HeadHead", "head-head-ca.toml", "turbine-ring.cl", {}, {}},
+                    Sample{"NutatingHead", "nutating-bc.toml", "pocket-tilted-walls.cl", {}, {}},
+                    Sample{"MillTurn", "mill-turn-bc.toml", "cylinder-engraving.cl", {}, {}},
+                    Sample{"ArmAlone",
+                           "arm-positioner.urdf",
+                           "bowl-trimming.cl",
+                           kArmLinks,
+                           {"--lock", "tilt=0", "--lock", "turn=0"}}),
     [](const testing::TestParamInfo<Sample>& sample) { return std::string(sample.param.name); });
 
 // What each passes on purpose ----------------------------------------------------------------
@@ -216,10 +233,7 @@ TEST(TurbineRing, TurnsTheHeadFurtherThanItsLimitsAllowSoThatItIsUnwound)
     double turned_deg = 0.0;
     const Toolpath path = PathOf("turbine-ring.cl");
     for (std::size_t i = 1; i < path.points.size(); ++i) {
-        const Vec3& a = path.points[i - 1].direction;
-        const Vec3& b = path.points[i].direction;
-        const double turn_deg =
-            host::ToDegrees(std::atan2(a[0] * b[1] - a[1] * b[0], a[0] * b[0] + a[1] * b[1]));
+        const double turn_deg = TurnBetween_deg(path.points[i - 1], path.points[i]);
         if (!path.points[i].isRapid) {
             EXPECT_GE(turn_deg, 0.0); // always the same way
             turned_deg += turn_deg;
@@ -261,6 +275,26 @@ TEST(CylinderEngraving, CrossesTheEndFaceAtThePoleFurtherThanXReaches)
     }
     EXPECT_EQ(inTheMiddle, 4);
     EXPECT_GT(farthest, -LimitsOf("mill-turn-bc.toml", "X").low);
+}
+
+TEST(BowlTrimming, TurnsRoundThePartFurtherThanThePositionerDoes)
+{
+    const Toolpath path = PathOf("bowl-trimming.cl");
+    const host::Range limits_deg = LimitsOf("arm-positioner.urdf", "turn", kArmLinks);
+    // The spiral over the top begins upright; then the tool leans out, round and round.
+    const std::vector<ToolPoint> top = CutsOf(path, 0);
+    EXPECT_TRUE(IsUpright(top.front()));
+    for (const int operation : {0, 2}) {
+        const std::vector<ToolPoint> cuts = CutsOf(path, operation);
+        double turned_deg = 0.0;
+        for (std::size_t i = 1; i < cuts.size(); ++i) {
+            turned_deg += TurnBetween_deg(cuts[i - 1], cuts[i]);
+        }
+        // Seven turns, less the first step, in which it leaves the pole; one turn and a quarter.
+        // Where the tool begins to lean, by 0.06 degrees, six digits leave 0.03 degrees open.
+        EXPECT_NEAR(turned_deg, operation == 0 ? 7 * 360.0 - 7.5 : 450.0, 0.05);
+        EXPECT_GT(turned_deg, limits_deg.high - limits_deg.low);
+    }
 }
 
 } // namespace
