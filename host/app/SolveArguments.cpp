@@ -78,8 +78,7 @@ void AddSolve(CLI::App& app, SolveOptions& options)
     CLI::App* const solve =
         app.add_subcommand("solve", "Find the motion of the axes along a toolpath");
     AddMachine(*solve, options.machine);
-    solve->add_option("TOOLPATH", options.toolpath, "The toolpath, a cutter-location file (APT)")
-        ->required();
+    AddToolpath(*solve, options.toolpath)->required();
     solve->add_option("-o,--output", options.output, "The joint table to write (CSV)")
         ->required()
         ->type_name("JOINTS.csv");

@@ -32,7 +32,7 @@ namespace fs = std::filesystem;
 /// A file that is read must not be replaced, nor one that is written be written twice.
 void RefuseOverwriting(const SolveOptions& options)
 {
-    std::vector<fs::path> taken{options.machine.file, options.toolpath};
+    std::vector<fs::path> taken{options.machine.file, options.toolpath.file};
     for (const std::optional<fs::path>& output :
          {std::optional<fs::path>(options.output), options.gcode, options.summary}) {
         if (!output) {
@@ -165,7 +165,8 @@ ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err
 {
     const auto start = std::chrono::steady_clock::now();
     LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
-    const Toolpath path = ReadToolpath(options.toolpath, std::nullopt, machine.length);
+    const Toolpath path =
+        ReadToolpath(options.toolpath.file, options.toolpath.format, machine.length);
     for (const std::string& warning : path.warnings) {
         err << warning << "\n";
     }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/MachineOptions.h"
+#include "app/PathOptions.h"
 #include "motion/Tolerances.h"
 #include "planner/PlanOptions.h"
 #include "solve/PointSolver.h"
@@ -19,7 +20,7 @@ namespace host
 struct SolveOptions
 {
     MachineOptions machine;
-    std::filesystem::path toolpath;
+    PathOptions toolpath;
     std::filesystem::path output;
     std::optional<std::filesystem::path> gcode; //!< nothing: no G-code is written
     std::string dialect{"inverse-time"};        //!< of the G-code: a bundled one or a file

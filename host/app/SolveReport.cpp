@@ -74,7 +74,7 @@ RunReport ReportOf(const SolveOptions& options, const PlanRequest& request, cons
     report.command = options.command;
     report.machine = {options.machine.file.string(), FileDigest(options.machine.file)};
     report.machineName = request.machine.name;
-    report.toolpath = {options.toolpath.string(), FileDigest(options.toolpath)};
+    report.toolpath = {options.toolpath.file.string(), FileDigest(options.toolpath.file)};
     report.outputs.push_back({"joints", options.output.string()});
     if (options.gcode) {
         report.outputs.push_back({"gcode", options.gcode->string()});

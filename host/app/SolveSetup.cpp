@@ -239,7 +239,7 @@ std::string RunFingerprint(const SolveOptions& options)
     print.Add(FileDigest(options.machine.file));
     print.Add(options.machine.links.tool.value_or(""));
     print.Add(options.machine.links.part.value_or(""));
-    print.Add(FileDigest(options.toolpath));
+    print.Add(FileDigest(options.toolpath.file));
     print.Add(options.machine.stream ? std::to_string(*options.machine.stream) : "-");
     for (const std::string& text : options.operationStreams) {
         print.Add(text);

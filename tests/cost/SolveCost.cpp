@@ -59,7 +59,7 @@ double SecondsOfRun(const fs::path& machine, const fs::path& toolpath)
     const Scratch scratch;
     host::SolveOptions options;
     options.machine.file = machine;
-    options.toolpath = toolpath;
+    options.toolpath.file = toolpath;
     options.output = scratch.File("joints.csv");
     std::ostringstream out;
     std::ostringstream err;

@@ -36,7 +36,7 @@ std::string TableOf(const fs::path& samples, const Sample& sample, const fs::pat
 {
     host::SolveOptions options;
     options.machine.file = samples / "machines" / sample.machine;
-    options.toolpath = samples / "toolpaths" / sample.toolpath;
+    options.toolpath.file = samples / "toolpaths" / sample.toolpath;
     options.output = scratch;
     options.isQuiet = true;
     std::ostringstream out;
