@@ -13,7 +13,7 @@ namespace host
 inline constexpr const char* kExitCodes =
     "Exit codes:\n"
     "  0    everything was done\n"
-    "  1    some points of the path were not reached\n"
+    "  1    some points of the path were not reached, or a joint table does not hold\n"
     "  2    bad input or usage, or a file that cannot be read or "
     "written\n"
     "  130  interrupted\n";

@@ -8,7 +8,8 @@ namespace host
 enum ExitCode : int {
     kExitOk = 0,
     kExitPointsFailed = 1,
-    kExitBadInput = 2, //!< input, usage, or a file that cannot be read or written
+    kExitNotVerified = 1, //!< a joint table does not hold
+    kExitBadInput = 2,    //!< input, usage, or a file that cannot be read or written
     kExitInterrupted = 130
 };
 

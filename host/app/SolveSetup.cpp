@@ -1,9 +1,9 @@
 #include "app/SolveSetup.h"
 
 #include <algorithm>
-#include <map>
 
 #include "app/FileDigest.h"
+#include "app/Operations.h"
 #include "machine/AxisText.h"
 #include "text/Fingerprint.h"
 #include "text/InputError.h"
@@ -18,22 +18,6 @@ namespace
 
 /// The least direction error that the solver sees: below it a direction counts as met [deg].
 constexpr double kLeastAngle_deg = 0.001;
-
-/// What stands before and behind the last "=" of an assignment.
-struct Assignment
-{
-    std::string name;
-    std::string value;
-};
-
-Assignment Split(const std::string& option, const std::string& text)
-{
-    const std::size_t equals = text.rfind('=');
-    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
-        throw InputError(option, Quoted(text) + " is no assignment; write NAME=VALUE");
-    }
-    return {text.substr(0, equals), text.substr(equals + 1)};
-}
 
 Axis& AxisNamed(LoadedMachine& machine, const std::string& option, const std::string& name)
 {
@@ -139,49 +123,6 @@ SolverSettings SettingsFrom(const SolveOptions& options)
     return {Positive("--tolerance", options.tolerance), options.maxIterations};
 }
 
-/// The stream of each operation: its own where the user gives one, otherwise the run's.
-std::vector<const LoadedStream*> StreamsOf(const SolveOptions& options, LoadedMachine& machine,
-                                           const Toolpath& path)
-{
-    std::map<std::string, const LoadedStream*> own;
-    for (const std::string& text : options.operationStreams) {
-        const Assignment assignment = Split("--operation-stream", text);
-        const auto id = ParseNumber(assignment.value);
-        const bool isKnown = std::any_of(
-            path.operations.begin(), path.operations.end(),
-            [&](const Operation& operation) { return operation.name == assignment.name; });
-        if (!isKnown) {
-            throw InputError("--operation-stream", "there is no operation " +
-                                                       Quoted(assignment.name) + " in " +
-                                                       path.file + "; see trunnion check");
-        }
-        if (!id || *id != std::trunc(*id) || std::fabs(*id) > INT32_MAX) {
-            throw InputError("--operation-stream",
-                             Quoted(assignment.value) + " is no stream id; write NAME=ID");
-        }
-        own[assignment.name] = &machine.StreamWithId(static_cast<int>(*id));
-    }
-    const LoadedStream& usual = machine.StreamWithId(options.machine.stream);
-    std::vector<const LoadedStream*> streams;
-    for (const Operation& operation : path.operations) {
-        const auto found = own.find(operation.name);
-        streams.push_back(found == own.end() ? &usual : found->second);
-    }
-    return streams;
-}
-
-std::vector<double> ToolLengthsOf(const SolveOptions& options, const Toolpath& path)
-{
-    if (options.toolLength) {
-        NotNegative("--tool-length", *options.toolLength);
-    }
-    std::vector<double> lengths;
-    for (const Operation& operation : path.operations) {
-        lengths.push_back(options.toolLength.value_or(operation.toolLength.value_or(0.0)));
-    }
-    return lengths;
-}
-
 void WarnOfAngles(const SolveOptions& options, std::ostream& warnings)
 {
     if (options.angleTolerance_deg < kLeastAngle_deg ||
@@ -197,7 +138,7 @@ void LockAxes(LoadedMachine& machine, const std::vector<std::string>& locks, boo
 {
     const ShownUnits units{machine.length, inRadians ? AngleUnit::Radian : AngleUnit::Degree};
     for (const std::string& lock : locks) {
-        const Assignment assignment = Split("--lock", lock);
+        const Assignment assignment = SplitAssignment("--lock", lock);
         Axis& axis = AxisNamed(machine, "--lock", assignment.name);
         const auto shown = ParseNumber(assignment.value);
         if (!shown) {
@@ -222,8 +163,8 @@ PlanRequest RequestFrom(const SolveOptions& options, LoadedMachine& machine, con
     WarnOfAngles(options, warnings);
     return {machine,
             path,
-            StreamsOf(options, machine, path),
-            ToolLengthsOf(options, path),
+            StreamsOf({options.machine.stream, options.operationStreams}, machine, path),
+            ToolLengthsOf(options.toolLength, path),
             {},
             PlanFrom(options, machine),
             SettingsFrom(options)};

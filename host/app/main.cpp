@@ -14,6 +14,8 @@
 #include "app/PoseCommand.h"
 #include "app/SolveArguments.h"
 #include "app/SolveCommand.h"
+#include "app/VerifyArguments.h"
+#include "app/VerifyCommand.h"
 #include "app/Version.h"
 
 namespace
@@ -72,10 +74,12 @@ host::ExitCode Run(int argc, char** argv)
     host::CheckOptions check;
     host::PoseOptions pose;
     host::BranchesOptions branches;
+    host::VerifyOptions verify;
     host::AddSolve(app, solve);
     AddCheck(app, check);
     AddPose(app, pose);
     AddBranches(app, branches);
+    host::AddVerify(app, verify);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& answer) {
@@ -86,6 +90,9 @@ host::ExitCode Run(int argc, char** argv)
     }
     if (app.got_subcommand("check")) {
         return host::Check(check, std::cout, std::cerr);
+    }
+    if (app.got_subcommand("verify")) {
+        return host::Verify(verify, std::cout, std::cerr);
     }
     return app.got_subcommand("pose") ? host::Pose(pose, std::cout, std::cerr)
                                       : host::ListBranches(branches, std::cout, std::cerr);

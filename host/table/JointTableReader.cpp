@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "table/RowFlagNames.h"
 #include "text/InputError.h"
@@ -41,9 +42,8 @@ std::string NamesOfFlags()
 } // namespace
 
 JointTableReader::JointTableReader(std::istream& in, const std::string& file,
-                                   const LoadedMachine& machine, const LoadedStream& ofStream)
-    : lines(in, file, kBounds), stream(ofStream.id), axes(machine.AxesOf(ofStream)),
-      length(machine.length)
+                                   std::vector<const Axis*> ofAxes, LengthUnit inLength)
+    : lines(in, file, kBounds), axes(std::move(ofAxes)), length(inLength)
 {
     if (!lines.Next()) {
         throw InputError(file, "this file is empty; a joint table begins with the names of its "
@@ -97,8 +97,7 @@ void JointTableReader::ReadHeader()
         if (std::none_of(columns.begin(), columns.end(),
                          [axis](const AxisColumn& column) { return column.axis == axis; })) {
             Refuse(cells[end], "the column " + ColumnName(*axis, {length, AngleUnit::Degree}) +
-                                   " is missing; stream " + std::to_string(stream) + " moves " +
-                                   AxisNames());
+                                   " is missing; the axes are " + AxisNames());
         }
     }
 }
@@ -109,8 +108,8 @@ JointTableReader::AxisColumn JointTableReader::ColumnOf(const Cell& cell) const
     const auto found = std::find_if(axes.begin(), axes.end(),
                                     [name](const Axis* axis) { return axis->name == name; });
     if (found == axes.end()) {
-        Refuse(cell, Quoted(cell.text) + " is no axis with its unit, as in X_mm; stream " +
-                         std::to_string(stream) + " moves " + AxisNames());
+        Refuse(cell, Quoted(cell.text) + " is no axis with its unit, as in X_mm; the axes are " +
+                         AxisNames());
     }
     const Axis& axis = **found;
     if (std::any_of(columns.begin(), columns.end(),

@@ -20,16 +20,17 @@ struct TableRow
 {
     int tableLine{0}; //!< where it stands
     int pathLine{0};  //!< where the toolpath has its point
-    MotionRow motion; //!< the joints in the order of the stream's axes; `asked` is not in a table
+    MotionRow motion; //!< joints in the order of the reader's axes; `asked` is not in a table
 };
 
 /// Reads a joint table row by row, in bounded memory.
 class JointTableReader
 {
   public:
-    /// Reads the header. Throws InputError for what is no joint table of the stream.
-    JointTableReader(std::istream& in, const std::string& file, const LoadedMachine& machine,
-                     const LoadedStream& stream);
+    /// Reads the header. Throws InputError for what is no joint table of these axes.
+    /// @param inLength the machine's unit
+    JointTableReader(std::istream& in, const std::string& file, std::vector<const Axis*> ofAxes,
+                     LengthUnit inLength);
 
     /// Moves to the next row; false at the end. Throws InputError for a row that is not one.
     bool Next(TableRow& row);
@@ -60,8 +61,7 @@ class JointTableReader
     [[noreturn]] void Refuse(const Cell& cell, const std::string& sentence) const;
 
     LineReader lines;
-    int stream;                    //!< its id
-    std::vector<const Axis*> axes; //!< that the stream moves
+    std::vector<const Axis*> axes;
     LengthUnit length;
     std::vector<AxisColumn> columns;
     std::vector<Cell> cells; // of the current line

@@ -24,7 +24,8 @@ class JointTableReader : public testing::Test
     std::vector<TableRow> Read(const std::string& text) const
     {
         std::istringstream in(text);
-        host::JointTableReader reader(in, "joints.csv", machine, machine.streams.front());
+        host::JointTableReader reader(in, "joints.csv", machine.AxesOf(machine.streams.front()),
+                                      machine.length);
         std::vector<TableRow> rows;
         TableRow row;
         while (reader.Next(row)) {
@@ -193,20 +194,20 @@ TEST_F(JointTableReader, RefusesAxesThatAreNotTheStreams)
 {
     const std::string end = ",pos_err,dir_err_deg,branch,flags\n";
     EXPECT_EQ(FaultOf("n,line,X_mm,Y_mm,Z_mm,A_deg,B_deg,C_deg" + end),
-              "joints.csv:1:29: \"B_deg\" is no axis with its unit, as in X_mm; stream 1 moves X, "
+              "joints.csv:1:29: \"B_deg\" is no axis with its unit, as in X_mm; the axes are X, "
               "Y, Z, A, C");
     EXPECT_EQ(FaultOf("n,line,X_mm,Y_mm,Z_mm,A_deg,C_deg," + end),
-              "joints.csv:1:35: \"\" is no axis with its unit, as in X_mm; stream 1 moves X, Y, Z, "
+              "joints.csv:1:35: \"\" is no axis with its unit, as in X_mm; the axes are X, Y, Z, "
               "A, C");
     EXPECT_EQ(FaultOf("n,line,X_mm,Y_mm,A_deg,Z_mm,X_mm,C_deg" + end),
               "joints.csv:1:29: axis X has a column before this one; take one of them out");
     EXPECT_EQ(FaultOf("n,line,X_mm,Y_mm,Z_mm,A_deg" + end),
-              "joints.csv:1:29: the column C_deg is missing; stream 1 moves X, Y, Z, A, C");
+              "joints.csv:1:29: the column C_deg is missing; the axes are X, Y, Z, A, C");
     // X and Y stand still in this one.
     machine =
         host::AssembleMachine(host::ReadMachine(test::MillWith(22, "parent = \"base\""), "m"));
     EXPECT_EQ(FaultOf("n,line,X_mm,Z_mm,A_deg,C_deg" + end),
-              "joints.csv:1:8: \"X_mm\" is no axis with its unit, as in X_mm; stream 1 moves Z, A, "
+              "joints.csv:1:8: \"X_mm\" is no axis with its unit, as in X_mm; the axes are Z, A, "
               "C");
 }
 

@@ -138,13 +138,16 @@ TEST_F(Program, ListsItsExitCodesInItsHelp)
                                                       {"solve", "--help"},
                                                       {"check", "--help"},
                                                       {"pose", "--help"},
-                                                      {"branches", "--help"}}) {
+                                                      {"branches", "--help"},
+                                                      {"verify", "--help"}}) {
         const Outcome outcome = Run(arguments);
         EXPECT_EQ(outcome.code, 0);
-        EXPECT_TRUE(Contains(outcome.out, "Exit codes:\n"
-                                          "  0    everything was done\n"
-                                          "  1    some points of the path were not reached\n"
-                                          "  2    bad input or usage,"))
+        EXPECT_TRUE(Contains(outcome.out,
+                             "Exit codes:\n"
+                             "  0    everything was done\n"
+                             "  1    some points of the path were not reached, or a joint "
+                             "table does not hold\n"
+                             "  2    bad input or usage,"))
             << outcome.out;
         EXPECT_TRUE(Contains(outcome.out, "\n  130  interrupted\n"));
         EXPECT_EQ(outcome.err, "");

@@ -131,7 +131,7 @@ TEST_P(SampleOnItsMachine, IsReachedWithinTheLimitsAtEveryPoint)
     const host::LoadedStream& stream = machine.StreamWithId(std::nullopt);
     const std::vector<const host::Axis*> axes = machine.AxesOf(stream);
     std::ifstream in(folder.Path() / "joints.csv");
-    host::JointTableReader table(in, "joints.csv", machine, stream);
+    host::JointTableReader table(in, "joints.csv", machine.AxesOf(stream), machine.length);
     std::vector<bool> isReached(path.points.size());
     for (host::TableRow row; table.Next(row);) {
         SCOPED_TRACE("row on line " + std::to_string(row.tableLine));
