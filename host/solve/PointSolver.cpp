@@ -18,8 +18,8 @@ IkEndState EndStateOf(const PathTarget& target)
 {
     IkEndState end; // its filter takes position and z axis
     if (target.xAxis) {
-        std::array<bool, 4> all{true, true, true, true};
-        end.SetFilter(all.data());
+        std::array<bool, 4> xAndZAndPosition{true, false, true, true}; // the y axis follows
+        end.SetFilter(xAndZAndPosition.data());
         end.SetCompleteState(FrameOf(target.at.position, *target.xAxis, target.at.direction));
     } else {
         end.SetCompleteState(FrameOf(target.at.position, target.at.direction));
@@ -32,12 +32,12 @@ IkEndState EndStateOf(const PathTarget& target)
 PointSolver::PointSolver(const LoadedMachine& ofMachine, const LoadedStream& ofStream,
                          const SolverSettings& settings)
     : stream(ofStream), axes(ofMachine.AxesOf(ofStream)), states(ofStream.stream->GetJointStates()),
-      solver(ofStream.stream)
+      solver(ofStream.stream, settings.maxIterations)
 {
     std::transform(axes.begin(), axes.end(), std::back_inserter(stateOf),
                    [&](const Axis* axis) { return states.FindStateByJointPtr(axis->joint); });
     solver.SetConvergenceTolerance(settings.tolerance);
-    solver.SetMaxIterations(settings.maxIterations);
+    solver.GiveUpAfter(settings.giveUpAfter);
     solver.SetStartingJtStates(&states);
 }
 

@@ -7,10 +7,10 @@
 
 #include <IkEndState.h>
 #include <IkJoint.h>
-#include <IkSolver.h>
 
 #include "geometry/CutterLocation.h"
 #include "machine/LoadedMachine.h"
+#include "solve/GuardedSolver.h"
 #include "solve/PoseError.h"
 
 namespace host
@@ -23,6 +23,7 @@ struct SolverSettings
 {
     double tolerance{1e-12}; //!< [length^2] plus [deg^2]; the solver objects' own default
     int maxIterations{60};   //!< the solver objects' own default
+    int giveUpAfter{0};      //!< iterations, unless it is near by then; 0: never
 };
 
 /// What the path asks of the tool at one moment.
@@ -74,7 +75,7 @@ class PointSolver
     std::vector<int> stateOf; //!< index of each axis's state among the stream's
     IkJtStateVector states;
     IkJtStateVector answer;
-    IkSolverPsuedoInverse solver;
+    GuardedSolver solver;
 };
 
 } // namespace host
