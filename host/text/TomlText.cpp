@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "text/Quoted.h"
 #include "text/StrayCharacter.h"
 #include "text/Utf8.h"
 
@@ -57,7 +58,7 @@ toml::table ParseToml(std::string_view text, const std::string& file)
         return toml::parse(text, file);
     } catch (const toml::parse_error& error) {
         throw InputError(file, PositionOf(error.source()),
-                         "this is not TOML (" + std::string(error.description()) +
+                         "this is not TOML (" + WithoutControlCharacters(error.description()) +
                              "); correct it here or on the lines before");
     } catch (const BrokenAssumption&) {
         throw InputError(file, PositionIn(text, WhereAssumptionsBreak(text)),

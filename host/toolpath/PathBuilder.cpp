@@ -1,24 +1,11 @@
 #include "toolpath/PathBuilder.h"
 
-#include <algorithm>
 #include <utility>
+
+#include "text/Quoted.h"
 
 namespace host
 {
-
-namespace
-{
-
-/// A name out of a file may go to a terminal or into another file.
-std::string WithoutControlCharacters(std::string_view text)
-{
-    std::string plain(text);
-    const auto isControl = [](char c) { return (c >= '\0' && c < ' ') || c == '\x7F'; };
-    std::replace_if(plain.begin(), plain.end(), isControl, '?');
-    return plain;
-}
-
-} // namespace
 
 PathBuilder::PathBuilder(std::string file, std::size_t mostPoints) : limit(mostPoints)
 {

@@ -382,6 +382,9 @@ INSTANTIATE_TEST_SUITE_P(
     Kinds, MachineFault,
     testing::Values(
         Fault{"Syntax", 7, "name \"X\"", 7, 6, "this is not TOML ("},
+        Fault{"AValueCutShort", 7, "name = tru", 7, 11,
+              "this is not TOML (Error while parsing "
+              "boolean: expected 'true', saw 'tru?')"},
         Fault{"AKeyTwice", 7, "name = \"X\"\nname = \"X2\"", 8, 8, "this is not TOML ("},
         // Two that the reader itself takes for impossible.
         Fault{"TableWithoutName", 6, "[/]", 6, 2, "this is not TOML; correct it here or on"},
