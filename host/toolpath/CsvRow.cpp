@@ -40,6 +40,12 @@ class Splitter
     {
         const std::string_view rest = line.substr(next);
         const std::string_view text = rest.substr(0, rest.find(','));
+        if (const std::size_t quote = text.find(kQuote); quote != std::string_view::npos) {
+            next += quote;
+            throw InputError(source.File(), Here(),
+                             "a quote stands within this cell; put the whole cell in quotes, and "
+                             "this one twice");
+        }
         next += text.size();
         return std::string(WithoutTrailingBlanks(text));
     }

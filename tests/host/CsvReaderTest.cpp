@@ -181,6 +181,9 @@ TEST(CsvReader, RefusesQuotesThatDoNotMatch)
 {
     EXPECT_EQ(FaultOf("x,y,z,i,j,k,op\n1,2,3,0,0,1,\"A\n"),
               "part.csv:2:13: this quote has no other on its line; add it, or take it out");
+    EXPECT_EQ(FaultOf("x,y,z,i,j,k,op\n1,2,3,0,0,1,1/2\" mill\n"),
+              "part.csv:2:16: a quote stands within this cell; put the whole cell in quotes, and "
+              "this one twice");
     EXPECT_EQ(FaultOf("x,y,z,i,j,k,op\n1,2,3,0,0,1,\"A\" B\n"),
               "part.csv:2:17: behind a cell in quotes a comma is expected; a quote inside is "
               "written twice");

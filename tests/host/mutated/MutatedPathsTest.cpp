@@ -195,10 +195,20 @@ void ComparePoint(const ToolPoint& point, const PlainMove& move)
     EXPECT_TRUE(AreNear(point.position, move.position));
     EXPECT_TRUE(AreNear(point.direction, move.direction));
     EXPECT_EQ(point.isRapid, move.isRapid);
-    if (move.feed) {
-        ASSERT_TRUE(point.feed.has_value());
-        EXPECT_NEAR(point.feed->value, *move.feed, 1e-12 * *move.feed);
+    if (move.isFeedFollowed) {
+        ASSERT_EQ(point.feed.has_value(), move.feed.has_value());
+        const double feed = move.feed.value_or(0.0);
+        EXPECT_NEAR(point.feed ? point.feed->value : 0.0, feed, 1e-12 * feed);
     }
+}
+
+void CompareOperation(const Operation& operation, const PlainMove& move)
+{
+    EXPECT_EQ(operation.name, move.operation);
+    EXPECT_EQ(operation.toolNumber, move.tool);
+    ASSERT_EQ(operation.toolLength.has_value(), move.toolLength.has_value());
+    const double length = move.toolLength.value_or(0.0);
+    EXPECT_NEAR(operation.toolLength.value_or(0.0), length, 1e-12 * length);
 }
 
 /// The points are the moves; the first `leftOut` may be missing.
@@ -213,6 +223,8 @@ void Compare(const Toolpath& path, const std::vector<PlainMove>& moves, std::siz
         }
         ASSERT_LT(next, moves.size());
         ComparePoint(point, moves[next]);
+        CompareOperation(path.operations.at(static_cast<std::size_t>(point.operation)),
+                         moves[next]);
         ++next;
     }
 }

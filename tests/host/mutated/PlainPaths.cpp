@@ -1,5 +1,7 @@
 #include "mutated/PlainPaths.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstddef>
 #include <map>
@@ -33,6 +35,7 @@ struct PlainStatement
     int line{0};
     std::string word;
     std::vector<std::string> arguments;
+    std::string name; // the first argument as it is written
 };
 
 std::vector<PlainStatement> Statements(const std::string& text)
@@ -58,6 +61,7 @@ std::vector<PlainStatement> Statements(const std::string& text)
             for (const std::string& argument : SplitAt(joined.substr(slash + 1), ',')) {
                 statement.arguments.push_back(Upper(Trim(argument)));
             }
+            statement.name = Trim(SplitAt(joined.substr(slash + 1), ',')[0]);
         }
         all.push_back(statement);
         joined.clear();
@@ -77,6 +81,9 @@ struct AptState
     bool isRapid{false};
     double feedUnit{0.0}; // 0: that of the lengths
     std::optional<double> feed;
+    std::string operation;
+    std::optional<int> tool;
+    std::optional<double> toolLength;
 
     Triple Turned(const Triple& v) const
     {
@@ -134,6 +141,29 @@ struct AptState
         y = CrossOf(z, x);
         direction = hasVector ? direction : z;
     }
+
+    void TakeName(std::string name)
+    {
+        if (name.size() > 1 && name.front() == '\'' && name.back() == '\'') {
+            name = name.substr(1, name.size() - 2);
+        }
+        for (char& c : name) {
+            c = std::iscntrl(static_cast<unsigned char>(c)) != 0 ? '?' : c;
+        }
+        operation = name;
+    }
+
+    void TakeTool(const PlainStatement& statement)
+    {
+        if (statement.word == "TLDATA") {
+            const bool isMill = statement.arguments.size() > 3 && statement.arguments[0] == "MILL";
+            toolLength =
+                isMill ? std::optional(unit * PlainNumber(statement.arguments[3])) : std::nullopt;
+        } else if (statement.word == "LOADTL" || statement.word == "LOAD") {
+            const std::string& number = statement.arguments[statement.word == "LOAD" ? 1 : 0];
+            tool = static_cast<int>(PlainNumber(number));
+        }
+    }
 };
 
 } // namespace
@@ -153,6 +183,9 @@ std::vector<PlainMove> PlainApt(const std::string& text)
             move.direction = state.direction;
             move.isRapid = state.isRapid;
             move.feed = state.feed;
+            move.operation = state.operation;
+            move.tool = state.tool;
+            move.toolLength = state.toolLength;
             if (statement.word == "GOTO") {
                 moves.push_back(move);
                 state.isRapid = false;
@@ -167,6 +200,12 @@ std::vector<PlainMove> PlainApt(const std::string& text)
             state.takesVectors = statement.arguments.empty() || statement.arguments[0] == "ON";
         } else if (statement.word == "MSYS") {
             state.TakeFrame(statement);
+        } else if (statement.word == "END-OF-PATH") {
+            state.operation.clear();
+        } else if (Upper(statement.word.substr(0, 4)) == "TOOL" && statement.word.size() > 4) {
+            state.TakeName(statement.name);
+        } else {
+            state.TakeTool(statement);
         }
     }
     return moves;
@@ -177,26 +216,30 @@ std::vector<PlainMove> PlainApt(const std::string& text)
 namespace
 {
 
-/// The cells of a line; one in quotes loses them.
+/// The cells of a line: without blanks around, or what stands in quotes.
 std::vector<std::string> CellsIn(const std::string& line)
 {
     std::vector<std::string> cells(1);
     bool isInQuotes = false;
     bool wasInQuotes = false;
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        if (line[i] == '"' && (isInQuotes || Trim(cells.back()).empty() || wasInQuotes)) {
-            if (!isInQuotes && wasInQuotes) {
-                cells.back() += '"'; // written twice
-            }
+    for (const char c : line) {
+        std::string& cell = cells.back();
+        if (c == '"') {
+            cell = wasInQuotes || isInQuotes ? cell : "";
+            cell += !isInQuotes && wasInQuotes ? "\"" : ""; // written twice
             isInQuotes = !isInQuotes;
             wasInQuotes = true;
-        } else if (line[i] == ',' && !isInQuotes) {
+        } else if (isInQuotes) {
+            cell += c;
+        } else if (c == ',') {
+            cell = wasInQuotes ? cell : Trim(cell);
             cells.emplace_back();
             wasInQuotes = false;
-        } else {
-            cells.back() += line[i];
+        } else if (!wasInQuotes) {
+            cell += c;
         }
     }
+    cells.back() = wasInQuotes ? cells.back() : Trim(cells.back());
     return cells;
 }
 
@@ -207,6 +250,7 @@ std::vector<PlainMove> PlainCsv(const std::string& text)
     std::vector<PlainMove> moves;
     std::map<std::string, std::size_t> columns;
     std::optional<double> feed;
+    std::string operation;
     int number = 0;
     for (const std::string& line : PlainLines(text)) {
         ++number;
@@ -216,15 +260,16 @@ std::vector<PlainMove> PlainCsv(const std::string& text)
         const std::vector<std::string> cells = CellsIn(line);
         if (columns.empty()) {
             for (std::size_t i = 0; i < cells.size(); ++i) {
-                columns[Upper(Trim(cells[i]))] = i;
+                columns[Upper(cells[i])] = i;
             }
             continue;
         }
         const auto cell = [&](const std::string& name) {
             const auto column = columns.find(name);
-            return column == columns.end() ? std::string() : Trim(cells.at(column->second));
+            return column == columns.end() ? std::string() : cells.at(column->second);
         };
         feed = cell("F").empty() ? feed : std::optional(PlainNumber(cell("F")));
+        operation = cell("OP").empty() ? operation : cell("OP");
         PlainMove move;
         move.line = number;
         move.position = {PlainNumber(cell("X")), PlainNumber(cell("Y")), PlainNumber(cell("Z"))};
@@ -232,6 +277,9 @@ std::vector<PlainMove> PlainCsv(const std::string& text)
             Unit({PlainNumber(cell("I")), PlainNumber(cell("J")), PlainNumber(cell("K"))});
         move.isRapid = cell("RAPID") == "1" || Upper(cell("RAPID")) == "TRUE";
         move.feed = feed;
+        for (const char c : operation) {
+            move.operation += std::iscntrl(static_cast<unsigned char>(c)) != 0 ? '?' : c;
+        }
         moves.push_back(move);
     }
     return moves;
@@ -262,14 +310,16 @@ std::string NcWords(const std::string& line)
 
 struct NcLine
 {
+    int number{0}; // of the line
     std::map<char, double> numbers;
     std::set<double> g;
     std::set<double> m;
 };
 
-NcLine Parsed(const std::string& words)
+NcLine Parsed(int lineNumber, const std::string& words)
 {
     NcLine line;
+    line.number = lineNumber;
     for (std::size_t i = 0; i < words.size();) {
         const char letter = words[i];
         const std::size_t end =
@@ -287,6 +337,29 @@ NcLine Parsed(const std::string& words)
     return line;
 }
 
+/// Up to the end of the program.
+std::vector<NcLine> NcLines(const std::string& text)
+{
+    std::vector<NcLine> lines;
+    int number = 0;
+    for (const std::string& line : PlainLines(text)) {
+        ++number;
+        const std::string words = NcWords(line);
+        const bool isMark = !words.empty() && words[0] == '%';
+        if (isMark && !lines.empty()) {
+            break;
+        }
+        if (words.empty() || isMark) {
+            continue;
+        }
+        lines.push_back(Parsed(number, words));
+        if (lines.back().m.count(2) > 0 || lines.back().m.count(30) > 0) {
+            break;
+        }
+    }
+    return lines;
+}
+
 struct NcState
 {
     double unit{1.0};
@@ -295,6 +368,9 @@ struct NcState
     std::optional<double> feed;
     std::array<std::optional<double>, 3> place{};
     Triple given{0, 0, 1};
+    bool selectsByT{true}; // no block changes the tool by M6
+    std::optional<int> selected;
+    std::optional<int> changed;
 
     void TakeModes(const NcLine& line)
     {
@@ -314,12 +390,16 @@ struct NcState
 
     void TakeChange(const NcLine& line)
     {
+        if (line.numbers.count('T') > 0) {
+            selected = static_cast<int>(line.numbers.at('T'));
+        }
         if (line.m.count(6) > 0) {
+            changed = selected;
             place = {};
         }
     }
 
-    void Move(const NcLine& line, int number, std::vector<PlainMove>& moves)
+    void Move(const NcLine& line, std::vector<PlainMove>& moves)
     {
         bool isMove = false;
         for (std::size_t i = 0; i < 3; ++i) {
@@ -336,12 +416,14 @@ struct NcState
             return;
         }
         PlainMove move;
-        move.line = number;
+        move.line = line.number;
         move.isKnown = place[0] && place[1] && place[2];
         move.position = {place[0].value_or(0), place[1].value_or(0), place[2].value_or(0)};
         move.direction = Unit(given);
         move.isRapid = isRapid;
-        move.feed = feedMode == 93 ? std::nullopt : feed;
+        move.feed = feed;
+        move.isFeedFollowed = feedMode != 93;
+        move.tool = selectsByT ? selected : changed;
         moves.push_back(move);
     }
 };
@@ -350,28 +432,16 @@ struct NcState
 
 std::vector<PlainMove> PlainNc(const std::string& text)
 {
+    const std::vector<NcLine> lines = NcLines(text);
     std::vector<PlainMove> moves;
     NcState state;
-    int number = 0;
-    bool hasBegun = false;
-    for (const std::string& line : PlainLines(text)) {
-        ++number;
-        const std::string words = NcWords(line);
-        if (words.empty() || words[0] == '%') {
-            if (!words.empty() && hasBegun) {
-                break;
-            }
-            continue;
-        }
-        hasBegun = true;
-        const NcLine parsed = Parsed(words);
-        state.TakeChange(parsed);
-        if (parsed.g.count(4) == 0) { // whose X and F are times
-            state.TakeModes(parsed);
-            state.Move(parsed, number, moves);
-        }
-        if (parsed.m.count(2) > 0 || parsed.m.count(30) > 0) {
-            break;
+    state.selectsByT = std::none_of(lines.begin(), lines.end(),
+                                    [](const NcLine& line) { return line.m.count(6) > 0; });
+    for (const NcLine& line : lines) {
+        state.TakeChange(line);
+        if (line.g.count(4) == 0) { // whose X and F are times
+            state.TakeModes(line);
+            state.Move(line, moves);
         }
     }
     return moves;

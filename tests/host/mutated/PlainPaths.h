@@ -17,8 +17,12 @@ struct PlainMove
     std::array<double, 3> position{};
     std::array<double, 3> direction{};
     bool isRapid{false};
-    bool isKnown{true};         //!< all of the position was given
-    std::optional<double> feed; //!< nothing also where it is not followed
+    bool isKnown{true}; //!< all of the position was given
+    std::optional<double> feed;
+    bool isFeedFollowed{true}; //!< otherwise the file says no more than how long it takes
+    std::string operation;     //!< its name
+    std::optional<int> tool;   //!< its number
+    std::optional<double> toolLength;
 };
 
 std::vector<PlainMove> PlainApt(const std::string& text);
