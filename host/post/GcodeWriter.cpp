@@ -49,6 +49,7 @@ GcodeWriter::GcodeWriter(const Dialect& inDialect, const LoadedMachine& ofMachin
     for (const Axis* axis : axes) {
         isRotary.push_back(axis->isRotary);
     }
+    RefuseUnwritable();
 }
 
 std::string GcodeWriter::Begin() const
@@ -176,16 +177,7 @@ BlockWriter::FeedWords GcodeWriter::FeedWordsFor(const MotionRow& row,
                                                  const BlockTravel& travel) const
 {
     const ToolPoint& point = path.points[row.point];
-    if (!point.feed) {
-        Refuse(point.line, "no feed holds at this point, which is not rapid; give one before it "
-                           "(FEDRAT in an APT file, a column f in a CSV file)");
-    }
-    const bool isPerRevolution = point.feed->per == FeedPer::Revolution;
-    if (isPerRevolution && !dialect.feed.perRevolution) {
-        Refuse(point.line, "the feed at this point is per revolution, for which dialect " +
-                               Quoted(dialect.name) + " has no word; give it per minute");
-    }
-    const auto feed = FeedOf(*point.feed, travel, dialect);
+    const auto feed = FeedOf(FeedAt(point), travel, dialect);
     if (!feed) {
         Refuse(point.line, "the feed on the way to this point is per revolution while rotary axes "
                            "turn, which a control does not keep on the part; give it per minute");
@@ -199,6 +191,35 @@ BlockWriter::FeedWords GcodeWriter::FeedWordsFor(const MotionRow& row,
     return {feed->per == FeedPer::Revolution ? *dialect.feed.perRevolution : dialect.feed.word,
             "F" + NumberText(feed->value, decimals, dialect.decimals.keepsZeros),
             feed->per == FeedPer::Minute && dialect.feed.mode == FeedMode::InverseTime};
+}
+
+const Feed& GcodeWriter::FeedAt(const ToolPoint& point) const
+{
+    if (!point.feed) {
+        Refuse(point.line, "no feed holds at this point, which is not rapid; give one before it "
+                           "(FEDRAT in an APT file, a column f in a CSV file)");
+    }
+    if (point.feed->per == FeedPer::Revolution && !dialect.feed.perRevolution) {
+        Refuse(point.line, "the feed at this point is per revolution, for which dialect " +
+                               Quoted(dialect.name) + " has no word; give it per minute");
+    }
+    return *point.feed;
+}
+
+/// What can be refused before the first row: nobody should wait for a motion to be told.
+void GcodeWriter::RefuseUnwritable() const
+{
+    Filled(dialect.header);
+    Filled(dialect.footer);
+    if (dialect.tcp) {
+        Filled(dialect.tcp->on);
+        Filled(dialect.tcp->off);
+    }
+    for (std::size_t i = 1; i < path.points.size(); ++i) { // the way to the first has no feed
+        if (!path.points[i].isRapid) {
+            FeedAt(path.points[i]);
+        }
+    }
 }
 
 std::vector<std::string> GcodeWriter::Filled(const std::vector<std::string>& lines) const

@@ -31,8 +31,8 @@ namespace host
 class GcodeWriter
 {
   public:
-    /// `axes` are those that the rows have joints of. Throws InputError for those that the
-    /// dialect cannot write.
+    /// `axes` are those that the rows have joints of. Throws InputError for axes,
+    /// feeds or a missing tool number that the dialect cannot write.
     GcodeWriter(const Dialect& inDialect, const LoadedMachine& ofMachine,
                 const std::vector<const Axis*>& axes, const Toolpath& ofPath);
 
@@ -58,6 +58,8 @@ class GcodeWriter
     std::vector<double> ValuesAt(const MotionRow& row) const;
     bool IsRapid(const MotionRow& row, const BlockTravel& travel) const;
     BlockTravel TravelTo(const MotionRow& row, const std::vector<double>& values) const;
+    const Feed& FeedAt(const ToolPoint& point) const;
+    void RefuseUnwritable() const;
     BlockWriter::FeedWords FeedWordsFor(const MotionRow& row, const BlockTravel& travel) const;
 
     std::vector<std::string> Filled(const std::vector<std::string>& lines) const;

@@ -410,7 +410,25 @@ TEST_F(GcodeWriter, RefusesARowWithoutAFeed)
     EXPECT_EQ(Fault(tcp, path, rows),
               "jobs/part.cl:11:1: no feed holds at this point, which is not rapid; give one before "
               "it (FEDRAT in an APT file, a column f in a CSV file)");
+    path.points[1].isRapid = true;
     EXPECT_EQ(Fault(tcp, path, {rows[0], RapidRow(1, {0, 0, 0, 0, 0})}), "no error");
+}
+
+TEST_F(GcodeWriter, RefusesAPathThatItCannotWriteBeforeItsFirstRow)
+{
+    const std::string none = "no error";
+    host::Toolpath path = PathOf(3, k300);
+    path.points[0].feed.reset(); // the way to it is rapid
+    EXPECT_EQ(Fault(tcp, path, {}), none);
+    path.points[2].feed.reset();
+    EXPECT_EQ(Fault(tcp, path, {}).substr(0, 38), "jobs/part.cl:12:1: no feed holds at th");
+    path = PathOf(3, {0.2, FeedPer::Revolution});
+    EXPECT_EQ(Fault(tcp, path, {}), none);
+    EXPECT_NE(Fault(inverseTime, path, {}), none);
+    path = PathOf(3, k300);
+    path.operations[0].toolNumber.reset();
+    EXPECT_EQ(Fault(inverseTime, path, {}), none);
+    EXPECT_NE(Fault(tcp, path, {}), none);
 }
 
 TEST_F(GcodeWriter, RefusesAFeedThatRoundsToNothing)
