@@ -244,7 +244,7 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"UnknownPlaceholder", 30, "header = [\"%\", \"O{number}\"]", 30, 16,
               "correct \"O{number}\""},
         Fault{"OpenBrace", 30, "header = [\"{tool\"]", 30, 11, "in braces stand"},
-        Fault{"ClosedBrace", 30, "header = [\"tool}\"]", 30, 11, "in braces stand"},
+        Fault{"ClosedBrace", 30, "header = [\"}tool\"]", 30, 11, "in braces stand"},
         Fault{"NestedBrace", 30, "header = [\"{{tool}}\"]", 30, 11, "in braces stand"},
         Fault{"Umlaut", 30, "header = [\"(Fr\u00E4sen)\"]", 30, 11, "plain ASCII"},
         Fault{"TcpOnAlone", 34, "", 29, 1, "[lines] has no tcp_off"},

@@ -384,6 +384,10 @@ TEST_F(GcodeWriter, TakesFeedsPerRevolutionWhereTheDialectHasAWordForThem)
               "G95 G1 Z0.0000 F0.200\n"
               "G94 C90.0000 F3600.000\n"
               "G95 Z10.0000 F0.200\n");
+    Dialect slow = perMinute;
+    slow.feed.rotaryRate_deg = 0.2; // F says the same in both modes, and has to be said again
+    EXPECT_NE(Write(slow, machine, path, rows).find("G94 C90.0000 F0.200\nG95 Z10.0000 F0.200\n"),
+              std::string::npos);
     EXPECT_EQ(Fault(inverseTime, path, rows),
               "jobs/part.cl:11:1: the feed at this point is per revolution, for which dialect "
               "\"inverse-time\" has no word; give it per minute");
