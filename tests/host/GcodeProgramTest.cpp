@@ -65,7 +65,8 @@ class GcodeOfSamples : public testing::TestWithParam<Job>
         ASSERT_EQ(outcome.code, 0) << outcome.err;
         blocks = test::ReadGcode(ContentOf(folder.Path() / "part.ngc"));
         std::ifstream in(folder.Path() / "joints.csv");
-        host::JointTableReader reader(in, "joints.csv", machine, machine.streams.front());
+        host::JointTableReader reader(in, "joints.csv", machine.AxesOf(machine.streams.front()),
+                                      machine.length);
         for (host::TableRow row; reader.Next(row);) {
             rows.push_back(test::RowAt(machine, row.motion.point, row.motion.joints));
             rows.back().flags = row.motion.flags;

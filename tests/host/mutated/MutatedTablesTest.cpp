@@ -89,7 +89,8 @@ TEST(MutatedFiles, JointTables)
         SCOPED_TRACE(test::Shown(text));
         const auto rows = ReadMutated(text, [&machine](const std::string& from) {
             std::istringstream in(from);
-            host::JointTableReader reader(in, test::kMutatedName, machine, machine.streams.front());
+            host::JointTableReader reader(in, test::kMutatedName,
+                                          machine.AxesOf(machine.streams.front()), machine.length);
             std::vector<TableRow> all;
             for (TableRow row; reader.Next(row);) {
                 all.push_back(row);
