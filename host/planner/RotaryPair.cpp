@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "geometry/CutterLocation.h"
 #include "geometry/Frame.h"
 #include "geometry/Units.h"
 
@@ -125,6 +126,11 @@ double RotaryPair::AngleToPole(const Vec3& direction) const
 
 double RotaryPair::AngleToPole(const Vec3& from, const Vec3& to) const
 {
+    if (Dot(from, to) < 0.0) {
+        // Nearly opposite directions have no plane of their own: the path says how it turns.
+        const Vec3 middle = Between({{}, from}, {{}, to}, 0.5).direction;
+        return std::min(AngleToPole(from, middle), AngleToPole(middle, to));
+    }
     double least = std::min(AngleToPole(from), AngleToPole(to));
     const auto normal = Normalised(Cross(from, to));
     if (!normal) {

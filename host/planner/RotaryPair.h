@@ -45,7 +45,7 @@ class RotaryPair
 
     /// Between `direction` and the nearer end of the pole [rad].
     double AngleToPole(const Vec3& direction) const;
-    /// The least such angle on the turn from one direction to the other [rad].
+    /// The least such angle on the turn that the path takes from one direction to the other [rad].
     double AngleToPole(const Vec3& from, const Vec3& to) const;
 
   private:
