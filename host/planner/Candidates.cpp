@@ -120,10 +120,7 @@ CandidateBlock CandidateFinder::FindBlock(std::size_t firstPoint, std::size_t en
     std::size_t from = firstPoint;
     for (std::size_t point = firstPoint; point < endPoint; ++point) {
         if (IsSettled(point)) {
-            Candidates found = Continue(known, from, point);
-            if (MayHoldMore(found, known, point)) {
-                SeekAfresh(point, found);
-            }
+            Candidates found = FindAt(point, known, from);
             for (Candidate& candidate : found) {
                 block.joints.insert(block.joints.end(), candidate.joints.begin(),
                                     candidate.joints.end());
@@ -143,6 +140,21 @@ CandidateBlock CandidateFinder::FindBlock(std::size_t firstPoint, std::size_t en
         }
     }
     return block;
+}
+
+/// The angles of a pair give all the branches of a point at once; elsewhere they are continued from
+/// the last point.
+CandidateFinder::Candidates CandidateFinder::FindAt(std::size_t point, const Candidates& known,
+                                                    std::size_t from)
+{
+    Candidates found;
+    if (!place.Pair() || place.IsRedundant()) {
+        found = Continue(known, from, point);
+    }
+    if (MayHoldMore(found, known, point)) {
+        SeekAfresh(point, found);
+    }
+    return found;
 }
 
 CandidateFinder::Candidates CandidateFinder::Continue(const Candidates& known, std::size_t from,

@@ -67,7 +67,8 @@ class CandidateTable
     std::vector<std::vector<std::int8_t>> numbers; // of the branches, candidate by candidate
 };
 
-/// Finds the distinct solutions at the points of a path: each one known is continued from point to
+/// Finds the distinct solutions at the points of a path. Where two rotary axes direct the tool, their
+/// angles lead to them at each point by itself. Elsewhere each one known is continued from point to
 /// point, and where a block begins, or a branch is lost, they are sought afresh.
 class CandidateFinder
 {
@@ -90,6 +91,7 @@ class CandidateFinder
     using Candidates = std::vector<Candidate>;
 
     bool IsSettled(std::size_t point) const;
+    Candidates FindAt(std::size_t point, const Candidates& known, std::size_t from);
     Candidates Continue(const Candidates& known, std::size_t from, std::size_t point);
     bool Follow(JointValues& joints, std::size_t from, std::size_t point);
     void SeekAfresh(std::size_t point, Candidates& into);
