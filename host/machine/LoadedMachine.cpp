@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "geometry/Frame.h"
 #include "machine/MachineAssembly.h"
 #include "machine/MachineFile.h"
 #include "machine/UrdfFile.h"
@@ -45,7 +46,9 @@ void LoadedMachine::MoveToInitial() const
 
 void LoadedStream::SetToolLength(double length) const
 {
-    tip->SetOrigFrame(IkXformMat::Translate(0.0, 0.0, -length));
+    if (Column(tip->GetOrigFrame(), 3)[2] != -length) {
+        tip->SetOrigFrame(IkXformMat::Translate(0.0, 0.0, -length));
+    }
 }
 
 LoadedStream& LoadedMachine::StreamWithId(std::optional<int> id)

@@ -55,6 +55,7 @@ void PathPlan::AddSection(const PlanRequest& request, std::size_t begin, std::si
     if (end - begin < points.size()) {
         section.part = std::make_unique<Toolpath>();
         section.part->file = request.path.file;
+        section.part->operations = request.path.operations;
         section.part->points.assign(points.begin() + at(begin), points.begin() + at(end));
     }
     std::vector<Vec3> xAxes;

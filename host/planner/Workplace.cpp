@@ -29,12 +29,22 @@ Workplace::Workplace(const LoadedMachine& ofMachine, const LoadedStream& stream,
 
 PointSolver& Workplace::SolverAt(std::size_t point)
 {
-    const int operation = PointAt(point).operation;
-    if (operation != seated) {
-        solver.Stream().SetToolLength(toolLengths[static_cast<std::size_t>(operation)]);
-        seated = operation;
-    }
+    // Another stream may have put its own tool into the same seat in the meantime.
+    const auto operation = static_cast<std::size_t>(PointAt(point).operation);
+    solver.Stream().SetToolLength(toolLengths[operation]);
     return solver;
+}
+
+bool Workplace::IsFreeWay(std::size_t point) const
+{
+    if (point == 0 || PointAt(point).isRapid) {
+        return true;
+    }
+    const auto before = static_cast<std::size_t>(PointAt(point - 1).operation);
+    const auto here = static_cast<std::size_t>(PointAt(point).operation);
+    const std::vector<Operation>& operations = targets.Path().operations;
+    return toolLengths[before] != toolLengths[here] ||
+           operations[before].toolNumber != operations[here].toolNumber;
 }
 
 double Workplace::HoldAngle() const

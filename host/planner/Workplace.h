@@ -36,6 +36,8 @@ class Workplace
 
     /// The solver with the tool of this point's operation in its seat.
     PointSolver& SolverAt(std::size_t point);
+    /// Whether the tool comes to this point through the air: at rapid, or from being changed.
+    bool IsFreeWay(std::size_t point) const;
 
     /// Where the axes stand before the first point: at their initial values unless said otherwise.
     const JointValues& Start() const { return start; }
@@ -76,7 +78,6 @@ class Workplace
     std::optional<RotaryPair> pair;
     bool isRedundant;
     JointValues start;
-    int seated{-1}; // operation
 };
 
 } // namespace host
