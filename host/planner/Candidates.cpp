@@ -261,7 +261,7 @@ void CandidateFinder::Add(JointValues joints, int parent, Candidates& into) cons
         return;
     }
     for (std::size_t i = 0; i < axes.size(); ++i) {
-        if (axes[i]->isRotary && (axes[i]->IsUnlimited() || !place.IsRedundant())) {
+        if (axes[i]->isRotary && (!CountsTurns(*axes[i]) || !place.IsRedundant())) {
             joints[i] = BaseImage(*axes[i], joints[i]);
         }
     }

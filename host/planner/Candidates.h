@@ -67,9 +67,9 @@ class CandidateTable
     std::vector<std::vector<std::int8_t>> numbers; // of the branches, candidate by candidate
 };
 
-/// Finds the distinct solutions at the points of a path. Where two rotary axes direct the tool, their
-/// angles lead to them at each point by itself. Elsewhere each one known is continued from point to
-/// point, and where a block begins, or a branch is lost, they are sought afresh.
+/// Finds the distinct solutions at the points of a path. Where two rotary axes direct the tool,
+/// their angles lead to them at each point by itself. Elsewhere each one known is continued from
+/// point to point, and where a block begins, or a branch is lost, they are sought afresh.
 class CandidateFinder
 {
   public:

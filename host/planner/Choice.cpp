@@ -16,28 +16,46 @@ constexpr double kSameTurn = 1e-6;  // [rad], between values that differ by roun
 constexpr double kZoneShare = 0.05; // of a range, next to a limit, in which nearness costs
 constexpr std::int32_t kNone = -1;
 
-/// The values of an axis, whole turns apart, that its limits allow.
-std::vector<double> Images(const Axis& axis, double value)
+} // namespace
+
+MotionRules::MotionRules(const Workplace& at) : place(at)
 {
-    if (!axis.isRotary || axis.IsUnlimited()) {
+    for (std::size_t i = 0; i < place.Axes().size(); ++i) {
+        if (place.Axes()[i]->isRotary) {
+            rotary.push_back({i, CountsTurns(*place.Axes()[i])});
+        }
+    }
+}
+
+/// The values of an axis, whole turns apart, that its limits allow, those nearest to the start
+/// first.
+std::vector<double> MotionRules::Images(std::size_t i, double value) const
+{
+    const Axis& axis = *place.Axes()[i];
+    if (!axis.isRotary) {
         return IsWithinLimits(axis, value) ? std::vector<double>{value} : std::vector<double>{};
     }
-    constexpr std::size_t kMostImages = 8;
+    if (!CountsTurns(axis)) {
+        return {value};
+    }
     std::vector<double> images;
-    for (double image = BaseImage(axis, value);
-         IsWithinLimits(axis, image) && images.size() < kMostImages; image += kTurn) {
+    for (double image = BaseImage(axis, value); IsWithinLimits(axis, image); image += kTurn) {
         images.push_back(image);
     }
+    const double start = place.Start()[i];
+    std::stable_sort(images.begin(), images.end(), [start](double a, double b) {
+        return std::fabs(a - start) < std::fabs(b - start);
+    });
     return images;
 }
 
 /// Every combination of the images of all axes, the last axis varying fastest.
-std::vector<JointValues> AllImages(const std::vector<const Axis*>& axes, const JointValues& joints)
+std::vector<JointValues> MotionRules::AllImages(const JointValues& joints) const
 {
     constexpr std::size_t kMostStates = 64;
     std::vector<JointValues> all{{}};
-    for (std::size_t i = 0; i < axes.size(); ++i) {
-        const std::vector<double> images = Images(*axes[i], joints[i]);
+    for (std::size_t i = 0; i < joints.size(); ++i) {
+        const std::vector<double> images = Images(i, joints[i]);
         std::vector<JointValues> extended;
         for (const JointValues& begun : all) {
             for (const double image : images) {
@@ -52,25 +70,34 @@ std::vector<JointValues> AllImages(const std::vector<const Axis*>& axes, const J
     return all;
 }
 
-} // namespace
-
 std::vector<MotionState> MotionRules::StatesAt(const CandidateTable& candidates,
                                                std::size_t point) const
 {
     std::vector<MotionState> states;
     for (std::size_t c = 0; c < candidates.CountAt(point); ++c) {
         const int branch = candidates.BranchAt(point, c);
-        for (JointValues& joints : AllImages(place.Axes(), candidates.JointsAt(point, c))) {
+        for (JointValues& joints : AllImages(candidates.JointsAt(point, c))) {
             states.push_back({c, branch, std::move(joints)});
         }
     }
     return states;
 }
 
-WayKind MotionRules::WayBetween(std::size_t from, std::size_t to) const
+Way MotionRules::WayBetween(std::size_t from, std::size_t to) const
+{
+    Way way;
+    way.kind = KindBetween(from, to);
+    way.isInCone =
+        way.kind == WayKind::Pole ||
+        (way.kind == WayKind::Cut && (place.IsInPoleCone(place.PointAt(from).direction) ||
+                                      place.IsInPoleCone(place.PointAt(to).direction)));
+    return way;
+}
+
+WayKind MotionRules::KindBetween(std::size_t from, std::size_t to) const
 {
     for (std::size_t point = from + 1; point <= to; ++point) {
-        if (place.PointAt(point).isRapid) {
+        if (place.IsFreeWay(point)) {
             return WayKind::Rapid;
         }
         if (point < to && !place.IsAtPole(place.PointAt(point).direction)) {
@@ -82,49 +109,52 @@ WayKind MotionRules::WayBetween(std::size_t from, std::size_t to) const
     return isOverPole ? WayKind::Pole : WayKind::Cut;
 }
 
-double MotionRules::Turn(std::size_t i, double from, double to) const
+/// By how much an axis turns: the short way where turns do not count [rad].
+double MotionRules::Turn(const RotaryAxis& axis, const JointValues& from, const JointValues& to)
 {
-    return place.Axes()[i]->IsUnlimited() ? NearestImage(to - from, 0.0) : to - from;
+    const double turn = to[axis.index] - from[axis.index];
+    return axis.countsTurns ? turn : NearestImage(turn, 0.0);
 }
 
-bool MotionRules::IsWay(WayKind kind, const MotionState& from, const MotionState& to,
-                        int parent) const
+Passage MotionRules::PassageOn(WayKind kind, const MotionState& from, const MotionState& to,
+                               int parent) const
 {
     if (kind == WayKind::Rapid) {
-        return true;
+        return Passage::Straight;
     }
-    if (!place.Pair() && parent != static_cast<int>(from.candidate)) {
-        return false;
+    const bool isOverPole = kind == WayKind::Pole;
+    const bool isSameBranch =
+        place.Pair() ? from.branch == to.branch : parent == static_cast<int>(from.candidate);
+    if (!isSameBranch && !isOverPole) {
+        return Passage::Flip;
     }
-    if (place.Pair() && kind == WayKind::Cut && from.branch != to.branch) {
-        return false;
+    const bool isShort = std::all_of(rotary.begin(), rotary.end(), [&](const RotaryAxis& axis) {
+        const bool isFree = isOverPole && axis.index == place.Pair()->FirstAxis();
+        return isFree || std::fabs(Turn(axis, from.joints, to.joints)) <= kPi + kSameTurn;
+    });
+    if (isShort) {
+        return Passage::Straight;
     }
-    for (std::size_t i = 0; i < place.Axes().size(); ++i) {
-        const bool isFree = kind == WayKind::Pole && i == place.Pair()->FirstAxis();
-        if (place.Axes()[i]->isRotary && !isFree &&
-            std::fabs(Turn(i, from.joints[i], to.joints[i])) > kPi + kSameTurn) {
-            return false;
-        }
-    }
-    return true;
+    return isSameBranch ? Passage::Rewind : Passage::Flip;
 }
 
-double MotionRules::TravelCost(WayKind kind, std::size_t from, std::size_t to,
-                               const JointValues& start, const JointValues& end) const
+bool MotionRules::IsRefused(Passage passage) const
+{
+    const PlanOptions& options = place.Options();
+    return (passage == Passage::Rewind && options.rewind == RetractPolicy::Refuse) ||
+           (passage == Passage::Flip && options.branchChange == RetractPolicy::Refuse);
+}
+
+double MotionRules::TravelCost(const Way& way, const JointValues& start,
+                               const JointValues& end) const
 {
     const CostWeights& weights = place.Options().weights;
-    const bool isInCone =
-        kind != WayKind::Rapid && place.Pair() &&
-        (kind == WayKind::Pole || place.IsInPoleCone(place.PointAt(from).direction) ||
-         place.IsInPoleCone(place.PointAt(to).direction));
     double cost = 0.0;
-    for (std::size_t i = 0; i < start.size(); ++i) {
-        if (place.Axes()[i]->isRotary) {
-            const double turn = std::fabs(Turn(i, start[i], end[i]));
-            cost += weights.travel * turn;
-            if (isInCone && i == place.Pair()->FirstAxis()) {
-                cost += weights.pole * turn;
-            }
+    for (const RotaryAxis& axis : rotary) {
+        const double turn = std::fabs(Turn(axis, start, end));
+        cost += weights.travel * turn;
+        if (way.isInCone && axis.index == place.Pair()->FirstAxis()) {
+            cost += weights.pole * turn;
         }
     }
     return cost;
@@ -156,13 +186,7 @@ double MotionRules::StartCost(const JointValues& first) const
     if (place.Options().start == StartPolicy::Free) {
         return 0.0;
     }
-    double cost = 0.0;
-    for (std::size_t i = 0; i < first.size(); ++i) {
-        if (place.Axes()[i]->isRotary) {
-            cost += place.Options().weights.travel * std::fabs(Turn(i, place.Start()[i], first[i]));
-        }
-    }
-    return cost;
+    return TravelCost({}, place.Start(), first);
 }
 
 Choice::Choice(const Workplace& place, const CandidateTable& table)
@@ -182,20 +206,23 @@ void Choice::Run()
     for (std::size_t point = 0; point < chosen.size(); ++point) {
         std::vector<MotionState> states = rules.StatesAt(candidates, point);
         std::vector<MotionCost> costs;
-        const WayKind kind = before.empty() ? WayKind::Rapid : rules.WayBetween(from, point);
+        const Way way = before.empty() ? Way{} : rules.WayBetween(from, point);
         for (const MotionState& state : states) {
             MotionCost best;
             std::uint16_t parent = kNoParent;
+            const int continued = candidates.ParentAt(point, state.candidate);
             if (before.empty()) {
                 best.sum = rules.StartCost(state.joints);
             }
             for (std::size_t i = 0; i < before.size(); ++i) {
-                const bool isWay = rules.IsWay(kind, before[i], state,
-                                               candidates.ParentAt(point, state.candidate));
-                const MotionCost cost{costsBefore[i].breaks + (isWay ? 0U : 1U),
-                                      costsBefore[i].sum + rules.TravelCost(kind, from, point,
-                                                                            before[i].joints,
-                                                                            state.joints)};
+                if (parent != kNoParent && !(costsBefore[i] < best)) {
+                    continue; // the way there only adds to it
+                }
+                const Passage passage = rules.PassageOn(way.kind, before[i], state, continued);
+                MotionCost cost = costsBefore[i];
+                cost.refused += rules.IsRefused(passage) ? 1U : 0U;
+                cost.breaks += passage == Passage::Straight ? 0U : 1U;
+                cost.sum += rules.TravelCost(way, before[i].joints, state.joints);
                 if (parent == kNoParent || cost < best) {
                     best = cost;
                     parent = static_cast<std::uint16_t>(i);
@@ -247,15 +274,15 @@ std::optional<std::size_t> Choice::PointBefore(std::size_t point) const
     return std::nullopt;
 }
 
-bool Choice::BreaksBefore(std::size_t point) const
+Passage Choice::PassageTo(std::size_t point) const
 {
     const std::optional<std::size_t> from = PointBefore(point);
     if (!from) {
-        return false;
+        return Passage::Straight;
     }
     const MotionState state = *StateAt(point);
-    return !rules.IsWay(rules.WayBetween(*from, point), *StateAt(*from), state,
-                        candidates.ParentAt(point, state.candidate));
+    return rules.PassageOn(rules.WayBetween(*from, point).kind, *StateAt(*from), state,
+                           candidates.ParentAt(point, state.candidate));
 }
 
 } // namespace host

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 #include "planner/Candidates.h"
@@ -12,8 +13,8 @@
 namespace host
 {
 
-/// A way to stand at a point: a candidate with each of its limited rotary axes on one of the turns
-/// that its limits allow. Unlimited axes stand on any turn; their values count modulo turns.
+/// A way to stand at a point: a candidate with each rotary axis whose turns count on one of those
+/// that its limits allow. The others stand on any turn; their values count modulo turns.
 struct MotionState
 {
     std::size_t candidate{0};
@@ -28,45 +29,68 @@ enum class WayKind {
     Rapid, //!< through the air, or past points that are not reached: anything goes
 };
 
-/// What a motion costs: first how often it breaks off, then the weighed sum.
+/// How the motion gets from one state to the next.
+enum class Passage {
+    Straight, //!< along the way between them
+    Rewind,   //!< not so: an axis has to turn back by whole turns first
+    Flip      //!< not so: the axes have to swing to another branch first
+};
+
+struct Way
+{
+    WayKind kind{WayKind::Rapid};
+    bool isInCone{false}; //!< it touches the pole cone, and does not lead through the air
+};
+
+/// What a motion costs: first how often it breaks off for good, then how often with the tool pulled
+/// back, then the weighed sum.
 struct MotionCost
 {
-    std::uint32_t breaks{0};
-    double sum{0.0}; //!< [rad]
+    std::uint32_t refused{0};
+    std::uint32_t breaks{0}; //!< all of them
+    double sum{0.0};         //!< [rad]
 };
 
 inline bool operator<(const MotionCost& a, const MotionCost& b)
 {
-    return a.breaks != b.breaks ? a.breaks < b.breaks : a.sum < b.sum;
+    return std::tie(a.refused, a.breaks, a.sum) < std::tie(b.refused, b.breaks, b.sum);
 }
 
 /// What ways and stands cost, and which of them there are.
 class MotionRules
 {
   public:
-    explicit MotionRules(const Workplace& at) : place(at) {}
+    explicit MotionRules(const Workplace& at);
 
-    /// The states of a point, in a fixed order.
+    /// The states of a point in a fixed order, of each candidate those nearest to the start first.
     std::vector<MotionState> StatesAt(const CandidateTable& candidates, std::size_t point) const;
-    WayKind WayBetween(std::size_t from, std::size_t to) const;
-    /// Whether a cut or the pole leads from one state to the other without a break.
-    bool IsWay(WayKind kind, const MotionState& from, const MotionState& to, int parent) const;
-    /// Of a motion between two states, whatever its way.
-    double TravelCost(WayKind kind, std::size_t from, std::size_t to, const JointValues& start,
-                      const JointValues& end) const;
+    Way WayBetween(std::size_t from, std::size_t to) const;
+    /// @param parent the candidate of the point before that the one of `to` continues
+    Passage PassageOn(WayKind kind, const MotionState& from, const MotionState& to,
+                      int parent) const;
+    bool IsRefused(Passage passage) const;
+    /// Of a motion between two states, whatever the passage.
+    double TravelCost(const Way& way, const JointValues& start, const JointValues& end) const;
     double StandCost(const JointValues& joints) const;
     double StartCost(const JointValues& first) const;
 
-    /// By how much axis `i` turns between two values: the short way where its limits do not say
-    /// which [rad].
-    double Turn(std::size_t i, double from, double to) const;
-
   private:
+    struct RotaryAxis
+    {
+        std::size_t index;
+        bool countsTurns;
+    };
+    static double Turn(const RotaryAxis& axis, const JointValues& from, const JointValues& to);
+    WayKind KindBetween(std::size_t from, std::size_t to) const;
+    std::vector<double> Images(std::size_t i, double value) const;
+    std::vector<JointValues> AllImages(const JointValues& joints) const;
+
     const Workplace& place;
+    std::vector<RotaryAxis> rotary;
 };
 
 /// The least costly motion through the candidates, changing branch at rapids and the pole alone;
-/// where none leads on it breaks off as seldom as can be.
+/// where none leads on it breaks off as seldom as can be, and the way the user allows if it can.
 class Choice
 {
   public:
@@ -76,8 +100,8 @@ class Choice
     std::optional<MotionState> StateAt(std::size_t point) const;
     /// The last point before this one that has a state.
     std::optional<std::size_t> PointBefore(std::size_t point) const;
-    /// Whether the motion breaks off on the way to this point, which has a state.
-    bool BreaksBefore(std::size_t point) const;
+    /// How the motion gets to this point, which has a state.
+    Passage PassageTo(std::size_t point) const;
     MotionCost Cost() const { return total; }
 
   private:

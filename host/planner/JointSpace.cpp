@@ -21,13 +21,37 @@ JointValues NearestImages(const std::vector<const Axis*>& axes, JointValues join
     return joints;
 }
 
+bool CountsTurns(const Axis& axis)
+{
+    constexpr double kMostTurns = 64.0;
+    return axis.joint->GetHiBound() - axis.joint->GetLowBound() <= kMostTurns * kTurn;
+}
+
 double BaseImage(const Axis& axis, double value)
 {
-    if (axis.IsUnlimited()) {
+    if (!CountsTurns(axis)) {
         return NearestImage(value, 0.0);
     }
     const double low = axis.joint->GetLowBound() - kRotarySlack;
     return value - kTurn * std::floor((value - low) / kTurn);
+}
+
+JointValues OnNearestTurns(const std::vector<const Axis*>& axes, JointValues joints,
+                           const JointValues& reference)
+{
+    for (std::size_t i = 0; i < axes.size(); ++i) {
+        if (axes[i]->isRotary && !CountsTurns(*axes[i])) {
+            const double low = axes[i]->joint->GetLowBound();
+            const double high = axes[i]->joint->GetHiBound();
+            joints[i] = NearestImage(joints[i], reference[i]);
+            if (joints[i] < low) {
+                joints[i] += kTurn * std::ceil((low - joints[i]) / kTurn);
+            } else if (joints[i] > high) {
+                joints[i] -= kTurn * std::ceil((joints[i] - high) / kTurn);
+            }
+        }
+    }
+    return joints;
 }
 
 bool IsWithinLimits(const Axis& axis, double value)

@@ -26,9 +26,18 @@ double NearestImage(double value, double reference);
 JointValues NearestImages(const std::vector<const Axis*>& axes, JointValues joints,
                           const JointValues& reference);
 
-/// By whole turns to where the axis counts from: an unlimited one from -pi to pi, a limited one the
-/// turn that begins at its lower limit.
+/// Whether it counts on which turn a rotary axis stands. On an unlimited one it does not, and where
+/// limits leave more turns than a path is likely to need they are minded only when one is met.
+bool CountsTurns(const Axis& axis);
+
+/// By whole turns to where the axis counts from: the turn that begins at its lower limit, or from
+/// -pi to pi where turns do not count.
 double BaseImage(const Axis& axis, double value);
+
+/// Every rotary axis of `joints` whose turns do not count by whole turns nearest to `reference`, as
+/// far as its limits allow.
+JointValues OnNearestTurns(const std::vector<const Axis*>& axes, JointValues joints,
+                           const JointValues& reference);
 
 /// Whether the value is within the limits, or beyond them by no more than a solve is inexact.
 bool IsWithinLimits(const Axis& axis, double value);

@@ -41,23 +41,18 @@ std::vector<ExceededAxis> Exceeded(const std::vector<const Axis*>& axes, JointVa
 MotionBuilder::MotionBuilder(Workplace& at, const CandidateTable& ofCandidates,
                              const Choice& ofMotion, RowTaker toRows, EventTaker toEvents)
     : place(at), candidates(ofCandidates), choice(ofMotion), linearisation(at),
-      takeRow(std::move(toRows)), takeEvent(std::move(toEvents)), current(at.SolverAt(0).Initial()),
+      takeRow(std::move(toRows)), takeEvent(std::move(toEvents)), current(at.Start()),
       isAtLimit(current.size(), false)
 {}
 
 void MotionBuilder::Build(std::size_t point)
 {
     if (const std::optional<MotionState> state = choice.StateAt(point)) {
-        if (choice.BreaksBefore(point) && !Swing(point, *state)) {
+        const Passage passage = choice.PassageTo(point);
+        if (isFollowed && passage != Passage::Straight && !Swing(point, *state, passage)) {
             return;
         }
-        JointValues joints = state->joints;
-        for (std::size_t i = 0; i < joints.size(); ++i) {
-            if (place.Axes()[i]->isRotary && place.Axes()[i]->IsUnlimited()) {
-                joints[i] = NearestImage(joints[i], current[i]);
-            }
-        }
-        BuildPoint(point, std::move(joints), state->branch);
+        BuildPoint(point, OnNearestTurns(place.Axes(), state->joints, current), state->branch);
     } else if (place.IsAtPole(place.PointAt(point).direction)) {
         if (const std::optional<JointValues> joints = StandAtPole(point)) {
             BuildPoint(point, *joints, kNoBranch);
@@ -96,7 +91,7 @@ void MotionBuilder::BuildPoint(std::size_t point, JointValues joints, int branch
 /// cannot keep to it.
 bool MotionBuilder::LeadTo(std::size_t point, const JointValues& joints)
 {
-    if (!place.Options().insertsRows || !isFollowed || place.PointAt(point).isRapid) {
+    if (!place.Options().insertsRows || !isFollowed || place.IsFreeWay(point)) {
         return true;
     }
     std::vector<WayStation> stations;
@@ -184,7 +179,7 @@ void MotionBuilder::PlanPole(std::size_t point)
             length += Length(next.position - place.PointAt(poleEnd - 1).position);
         }
         way.push_back(length);
-        if (next.isRapid && !rapid) {
+        if (!rapid && poleEnd > 0 && place.IsFreeWay(poleEnd)) {
             rapid = poleEnd;
         }
         if (!place.IsAtPole(next.direction)) {
@@ -194,10 +189,8 @@ void MotionBuilder::PlanPole(std::size_t point)
     const std::optional<MotionState> behind =
         poleEnd < candidates.NumDone() ? choice.StateAt(poleEnd) : std::nullopt;
     const double before = current[axis];
-    double after = behind ? behind->joints[axis] : before;
-    if (place.Axes()[axis]->IsUnlimited()) {
-        after = NearestImage(after, before);
-    }
+    const double after =
+        behind ? OnNearestTurns(place.Axes(), behind->joints, current)[axis] : before;
     const double begin = stands ? before : after;
     poleTurns.clear();
     for (std::size_t i = poleBegin; i < poleEnd; ++i) {
@@ -227,10 +220,9 @@ std::optional<JointValues> MotionBuilder::StandAtPole(std::size_t point)
 /// Swings the axes with the tool pulled back at the last point, so that the way to `point` can be
 /// gone in the branch and on the turns of `state`. False, and the point has failed, where that is
 /// not wanted or not possible.
-bool MotionBuilder::Swing(std::size_t point, const MotionState& state)
+bool MotionBuilder::Swing(std::size_t point, const MotionState& state, Passage passage)
 {
-    const bool isRewind = place.Pair() ? state.branch == currentBranch
-                                       : candidates.ParentAt(point, state.candidate) >= 0;
+    const bool isRewind = passage == Passage::Rewind;
     const EventKind kind = isRewind ? EventKind::Rewind : EventKind::Flip;
     const PlanOptions& options = place.Options();
     if ((isRewind ? options.rewind : options.branchChange) == RetractPolicy::Refuse) {
@@ -238,8 +230,9 @@ bool MotionBuilder::Swing(std::size_t point, const MotionState& state)
              isRewind
                  ? "an axis has run out of turns here, and there is no rapid at which it could "
                    "have been turned back; allow --rewind retract, or put a rapid before"
-                 : "from here on only another branch keeps to the limits; allow --branch-change "
-                   "retract, or put a rapid before");
+                 : "from here on this branch does not keep to the limits, and there is no rapid at "
+                   "which it could have been changed; allow --branch-change retract, or put a "
+                   "rapid before");
         return false;
     }
     const std::size_t from = *stands;
@@ -248,7 +241,7 @@ bool MotionBuilder::Swing(std::size_t point, const MotionState& state)
     const std::optional<JointValues> there = OnBranchOf(state, from);
     JointValues pulled = current;
     JointValues swung = there.value_or(current);
-    if (!isFollowed || !there || !place.SolverAt(from).SolveLinear(back.position, pulled) ||
+    if (!there || !place.SolverAt(from).SolveLinear(back.position, pulled) ||
         !place.SolverAt(from).SolveLinear(back.position, swung) ||
         !AreWithinLimits(place.Axes(), pulled) || !AreWithinLimits(place.Axes(), swung)) {
         Fail(point, "an axis has to swing before it, and there is no room within the limits to "
@@ -281,6 +274,15 @@ std::optional<JointValues> MotionBuilder::OnBranchOf(const MotionState& state, s
 {
     const PathTarget target = place.Targets().At(point);
     JointValues joints = state.joints;
+    if (place.Pair()) {
+        const RotaryPair& pair = *place.Pair();
+        for (const RotaryPair::Angles& angles : pair.Directing(target.at.direction)) {
+            if (pair.BranchOf(angles.second) == state.branch) {
+                joints[pair.FirstAxis()] = angles.first;
+                joints[pair.SecondAxis()] = angles.second;
+            }
+        }
+    }
     if (!place.SolverAt(point).Solve(target, place.SolveLimits(), joints)) {
         return std::nullopt;
     }
@@ -288,12 +290,7 @@ std::optional<JointValues> MotionBuilder::OnBranchOf(const MotionState& state, s
     if (!place.SettleWithinLimits(point, target.at, joints)) {
         return std::nullopt;
     }
-    for (std::size_t i = 0; i < joints.size(); ++i) {
-        if (place.Axes()[i]->isRotary && place.Axes()[i]->IsUnlimited()) {
-            joints[i] = NearestImage(joints[i], current[i]);
-        }
-    }
-    return joints;
+    return OnNearestTurns(place.Axes(), std::move(joints), current);
 }
 
 void MotionBuilder::Emit(MotionRow row)
@@ -327,8 +324,7 @@ void MotionBuilder::NotePole(std::size_t point)
 {
     const Vec3 direction = place.PointAt(point).direction;
     const bool isThere = place.IsInPoleCone(direction);
-    const bool isPassed = isFollowed && point > 0 && !place.PointAt(point).isRapid &&
-                          place.Pair() &&
+    const bool isPassed = isFollowed && !place.IsFreeWay(point) && place.Pair() &&
                           place.Pair()->AngleToPole(place.PointAt(point - 1).direction,
                                                     direction) <= place.Options().poleCone;
     if ((isThere || isPassed) && !isInCone) {
@@ -347,8 +343,11 @@ bool MotionBuilder::NoteSwing(std::size_t point, const JointValues& before,
     if (!stands) {
         return false;
     }
-    const bool isFree = place.PointAt(point).isRapid || !isFollowed;
-    const std::string way = isFree ? " on the rapid to it" : " on the way to it";
+    const bool isRapid = place.IsFreeWay(point);
+    const bool isFree = isRapid || !isFollowed;
+    const std::string way = isRapid  ? " on the rapid to it"
+                            : isFree ? " past what is not reached"
+                                     : " on the way to it";
     if (branch != kNoBranch && currentBranch != kNoBranch && branch != currentBranch) {
         Report(isFree ? EventKind::Flip : EventKind::Pole, point,
                isFree ? "the axes swing to branch " + std::to_string(branch) + way

@@ -39,7 +39,7 @@ class MotionBuilder
     void PlanPole(std::size_t point);
     std::optional<JointValues> StandAtPole(std::size_t point);
 
-    bool Swing(std::size_t point, const MotionState& state);
+    bool Swing(std::size_t point, const MotionState& state, Passage passage);
     std::optional<JointValues> OnBranchOf(const MotionState& state, std::size_t point);
 
     void Emit(MotionRow row);

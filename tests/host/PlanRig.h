@@ -87,9 +87,8 @@ struct Motion
     std::vector<host::MotionRow> PointRows() const
     {
         std::vector<host::MotionRow> own;
-        std::copy_if(rows.begin(), rows.end(), std::back_inserter(own), [](const auto& row) {
-            return !row.flags.isInserted && !row.flags.isRewind;
-        });
+        std::copy_if(rows.begin(), rows.end(), std::back_inserter(own),
+                     [](const auto& row) { return !row.flags.isInserted && !row.flags.isRewind; });
         return own;
     }
     std::vector<host::Event> EventsOf(host::EventKind kind) const
