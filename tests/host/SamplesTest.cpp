@@ -158,16 +158,18 @@ TEST_P(SampleOnItsMachine, IsReachedWithinTheLimitsAtEveryPoint)
 
 INSTANTIATE_TEST_SUITE_P(
     All, SampleOnItsMachine,
-    testing::Values(Sample{"TrunnionTable", "trunnion-ac.toml", "dome-over-the-top.cl", {}, {}},
-                    Sample{"HeadAndTable", "head-table-bc.toml", "impeller-blade.cl", {}, {}},
-                    Sample{"HeadHead", "head-head-ca.toml", "turbine-ring.cl", {}, {}},
-                    Sample{"NutatingHead", "nutating-bc.toml", "pocket-tilted-walls.cl", {}, {}},
-                    Sample{"MillTurn", "mill-turn-bc.toml", "cylinder-engraving.cl", {}, {}},
-                    Sample{"ArmAlone",
-                           "arm-positioner.urdf",
-                           "bowl-trimming.cl",
-                           kArmLinks,
-                           {"--lock", "tilt=0", "--lock", "turn=0"}}),
+    testing::Values(
+        Sample{"TrunnionTable", "trunnion-ac.toml", "dome-over-the-top.cl", {}, {}},
+        Sample{"HeadAndTable", "head-table-bc.toml", "impeller-blade.cl", {}, {}},
+        Sample{"HeadHead", "head-head-ca.toml", "turbine-ring.cl", {}, {}},
+        Sample{"NutatingHead", "nutating-bc.toml", "pocket-tilted-walls.cl", {}, {}},
+        Sample{"MillTurn", "mill-turn-bc.toml", "cylinder-engraving.cl", {}, {}},
+        Sample{"ArmAndPositioner", "arm-positioner.urdf", "bowl-trimming.cl", kArmLinks, {}},
+        Sample{"ArmAlone",
+               "arm-positioner.urdf",
+               "bowl-trimming.cl",
+               kArmLinks,
+               {"--lock", "tilt=0", "--lock", "turn=0"}}),
     [](const testing::TestParamInfo<Sample>& sample) { return std::string(sample.param.name); });
 
 // What each passes on purpose ----------------------------------------------------------------
