@@ -15,7 +15,6 @@ constexpr double kTurn = 2.0 * kPi;
 
 // Measured over random poses of a six-axis arm, each start 11 passes on average.
 constexpr std::size_t kStartsForFirst = 32; // 99.9 % of the poses are solved; more solve no more
-constexpr std::size_t kStartsForAll = 64;   // 99.6 % of the ways to stand are found, by 32 97.7 %
 constexpr int kGiveUpAfter = 10; // of those that lead there 96 % are near; of the others 1 % are
 
 SolverSettings Impatient(SolverSettings settings)
@@ -49,11 +48,6 @@ SampledSolver::SampledSolver(const LoadedMachine& machine, const LoadedStream& s
     : solver(machine, stream, Impatient(settings)), free(solver.FreeAxes()),
       starts(solver, lockedAt)
 {}
-
-std::size_t SampledSolver::MostSolutions()
-{
-    return 1 + kStartsForAll;
-}
 
 /// Turns rotary axes by whole turns into their limits, as near to `near` as that goes. False where
 /// an axis stays outside.
@@ -102,11 +96,11 @@ std::optional<JointValues> SampledSolver::FindFirst(const PathTarget& target,
 }
 
 std::vector<JointValues> SampledSolver::FindAll(const PathTarget& target, const JointValues& first,
-                                                bool areLimited)
+                                                const SampleExtent& extent)
 {
     std::vector<JointValues> found;
     const auto take = [&](const JointValues& start) {
-        const std::optional<JointValues> joints = SolveFrom(target, start, first, areLimited);
+        const std::optional<JointValues> joints = SolveFrom(target, start, first, extent.isLimited);
         if (joints && std::none_of(found.begin(), found.end(), [&](const JointValues& other) {
                 return AreSameSolution(solver.Axes(), *joints, other);
             })) {
@@ -114,7 +108,7 @@ std::vector<JointValues> SampledSolver::FindAll(const PathTarget& target, const 
         }
     };
     take(first);
-    for (const std::size_t start : starts.NearestTo(target, kStartsForAll)) {
+    for (const std::size_t start : starts.NearestTo(target, extent.starts)) {
         take(starts[start]);
     }
     return found;

@@ -11,6 +11,13 @@
 namespace host
 {
 
+/// How much of what there is at a pose is looked for.
+struct SampleExtent
+{
+    bool isLimited{true};   //!< to solutions within the limits
+    std::size_t starts{64}; //!< of a six-axis arm's ways to stand 99.6 % are found, from 32 97.7 %
+};
+
 /// Solves a stream from many starts, for machines with more rotary axes than the hybrid solver
 /// samples and for points that lie far from the last one. What it finds depends on its arguments
 /// alone, not on what it was asked before.
@@ -28,12 +35,10 @@ class SampledSolver
     std::optional<JointValues> FindFirst(const PathTarget& target, const JointValues& first);
     /// The distinct solutions to which `first` and the nearest start configurations lead, in the
     /// order in which they are found; whole turns make no difference, and each stands as near to
-    /// `first` as they bring it. At most MostSolutions(): with joints to spare, or at a pose where
-    /// two axes are one, there is no end of them.
-    /// @param areLimited whether those outside the limits are left out
+    /// `first` as they bring it. With joints to spare, or at a pose where two axes are one, there
+    /// is no end of them: then every start may lead to one of its own.
     std::vector<JointValues> FindAll(const PathTarget& target, const JointValues& first,
-                                     bool areLimited = true);
-    static std::size_t MostSolutions();
+                                     const SampleExtent& extent = {});
 
   private:
     std::optional<JointValues> SolveFrom(const PathTarget& target, JointValues joints,

@@ -148,7 +148,7 @@ TEST_F(SampledArm, FindsNothingOutOfReach)
     // Stretched out the arm is 150 + 450 + 423 + 80 long: 1103 mm.
     const PathTarget target{{{2000, 0, 400}, {0, 0, 1}}, host::Vec3{1, 0, 0}};
     EXPECT_FALSE(solver.FindFirst(target, fk.Initial()).has_value());
-    EXPECT_TRUE(solver.FindAll(target, fk.Initial(), false).empty());
+    EXPECT_TRUE(solver.FindAll(target, fk.Initial(), {false, 64}).empty());
 }
 
 TEST_F(SampledArm, AnswersTheSameWhateverItWasAskedBefore)
@@ -176,7 +176,9 @@ TEST_F(SampledArm, SolvesWithTheTurnAboutTheToolLeftOpen)
         const host::PoseError error = fk.ErrorAt(*found, target.at);
         EXPECT_LE(error.position, 1e-6);
         EXPECT_LE(error.direction_deg, 1e-3);
-        EXPECT_LE(solver.FindAll(target, fk.Initial()).size(), SampledSolver::MostSolutions());
+        // Any turn about the tool will do: each of the ten starts, and the joints given, may find
+        // another.
+        EXPECT_LE(solver.FindAll(target, fk.Initial(), {true, 10}).size(), 11U);
     }
 }
 
