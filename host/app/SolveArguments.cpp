@@ -100,6 +100,19 @@ void AddSolve(CLI::App& app, SolveOptions& options)
     solve->add_option("--summary", options.summary, "Also write what came of it (JSON)")
         ->type_name("FILE");
     AddPlanning(*solve, options);
+    solve
+        ->add_option("--tool-roll", options.toolRoll,
+                     "Where six or more axes leave the turn about the tool open, its x axis goes: "
+                     "fixed, towards a reference; feed, along the feed; search, from the reference "
+                     "by what each run reaches best; open: where the solver leaves it")
+        ->capture_default_str();
+    constexpr int kCoordinates = 3;
+    solve
+        ->add_option("--tool-roll-reference", options.rollReference,
+                     "That reference in part coordinates: x,y,z")
+        ->delimiter(',')
+        ->expected(kCoordinates)
+        ->capture_default_str();
     solve->add_flag("--resume", options.resumes, "Go on where the same command was interrupted");
     solve->add_flag("--radians", options.inRadians, "Rotary joints in radians, not degrees");
     solve->add_flag("--quiet", options.isQuiet, "No summary and no progress");

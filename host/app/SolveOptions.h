@@ -46,6 +46,9 @@ struct SolveOptions
     std::string version;                          //!< of the program, for the summary
     std::vector<std::string> command;             //!< the program's arguments, for the summary
 
+    std::string toolRoll{"fixed"}; //!< or "feed", "search", "open": where a stream leaves it open
+    std::vector<double> rollReference{1.0, 0.0, 0.0}; //!< part coordinates
+
     bool resumes{false};
     bool inRadians{false};
     bool isQuiet{false};

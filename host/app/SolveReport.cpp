@@ -27,6 +27,7 @@ std::vector<ReportedOption> OptionsOf(const SolveOptions& options, const PlanReq
         {"points_only", options.pointsOnly},
         {"pole_cone_deg", options.poleCone_deg},
         {"start", options.start},
+        {"tool_roll", options.toolRoll},
         {"prefer", options.prefer},
         {"weight_travel", plan.weights.travel},
         {"weight_limits", plan.weights.limits},

@@ -1,10 +1,14 @@
 #include "app/SolveSetup.h"
 
 #include <algorithm>
+#include <cmath>
+#include <map>
 
 #include "app/FileDigest.h"
 #include "app/Operations.h"
 #include "machine/AxisText.h"
+#include "solve/RollSearch.h"
+#include "solve/ToolRoll.h"
 #include "text/Fingerprint.h"
 #include "text/InputError.h"
 #include "text/Numbers.h"
@@ -132,6 +136,49 @@ void WarnOfAngles(const SolveOptions& options, std::ostream& warnings)
     }
 }
 
+/// The policy for the turn about the tool; nothing where it is to stay open.
+std::optional<ToolRoll> RollFrom(const SolveOptions& options)
+{
+    const std::map<std::string, ToolRoll::Policy> policies{{"fixed", ToolRoll::Policy::Fixed},
+                                                           {"feed", ToolRoll::Policy::Feed},
+                                                           {"search", ToolRoll::Policy::Search}};
+    if (options.toolRoll == "open") {
+        return std::nullopt;
+    }
+    const auto policy = policies.find(options.toolRoll);
+    if (policy == policies.end()) {
+        throw InputError("--tool-roll", Quoted(options.toolRoll) +
+                                            " is not known; give fixed, feed, search or open");
+    }
+    const std::vector<double>& given = options.rollReference;
+    const auto reference =
+        given.size() == 3 ? Normalised({given[0], given[1], given[2]}) : std::nullopt;
+    if (!reference) {
+        throw InputError("--tool-roll-reference",
+                         "this is no direction; give it as x,y,z in part coordinates");
+    }
+    return ToolRoll{policy->second, *reference};
+}
+
+/// The tool's x axes, where a stream leaves the turn about the tool open and the user does not want
+/// it so.
+std::vector<Vec3> XAxesFor(const SolveOptions& options, const PlanRequest& request)
+{
+    const std::optional<ToolRoll> roll = RollFrom(options);
+    const bool isOpen = std::any_of(
+        request.streams.begin(), request.streams.end(), [&](const LoadedStream* stream) {
+            return HasOpenRoll(PointSolver(request.machine, *stream, request.settings));
+        });
+    if (!roll || !isOpen) {
+        return {};
+    }
+    if (roll->policy == ToolRoll::Policy::Search) {
+        return RollSearch(request.machine, request.streams, request.toolLengths, request.settings)
+            .XAxes(request.path, *roll);
+    }
+    return ToolXAxes(request.path, *roll);
+}
+
 } // namespace
 
 void LockAxes(LoadedMachine& machine, const std::vector<std::string>& locks, bool inRadians)
@@ -161,13 +208,16 @@ PlanRequest RequestFrom(const SolveOptions& options, LoadedMachine& machine, con
 {
     LockAxes(machine, options.locks, options.inRadians);
     WarnOfAngles(options, warnings);
-    return {machine,
-            path,
-            StreamsOf({options.machine.stream, options.operationStreams}, machine, path),
-            ToolLengthsOf(options.toolLength, path),
-            {},
-            PlanFrom(options, machine),
-            SettingsFrom(options)};
+    PlanRequest request{
+        machine,
+        path,
+        StreamsOf({options.machine.stream, options.operationStreams}, machine, path),
+        ToolLengthsOf(options.toolLength, path),
+        {},
+        PlanFrom(options, machine),
+        SettingsFrom(options)};
+    request.toolXAxes = XAxesFor(options, request);
+    return request;
 }
 
 std::string RunFingerprint(const SolveOptions& options)
@@ -192,6 +242,10 @@ std::string RunFingerprint(const SolveOptions& options)
     print.Add(numberOf(options.toolLength));
     print.Add(ShortestText(options.tolerance));
     print.Add(std::to_string(options.maxIterations));
+    print.Add(options.toolRoll);
+    for (const double coordinate : options.rollReference) {
+        print.Add(ShortestText(coordinate));
+    }
     // The angle tolerance and the cone say where the pole begins.
     print.Add(ShortestText(options.angleTolerance_deg));
     print.Add(ShortestText(options.poleCone_deg));

@@ -221,7 +221,13 @@ std::vector<JointValues> CandidateFinder::Seek(std::size_t point)
     if (place.Pair()) {
         return SeekByPair(point);
     }
-    return SeekByHybridSolver(point);
+    constexpr std::size_t kMostSampledRotary = 3; // by the hybrid solver; it has one start beyond
+    if (place.SolverAt(point).FreeRotaryAxes().size() <= kMostSampledRotary) {
+        return SeekByHybridSolver(point);
+    }
+    SampleExtent extent;
+    extent.isLimited = place.IsRedundant();
+    return place.SamplerAt(point).FindAll(place.Targets().At(point), place.Start(), extent);
 }
 
 /// From the angles that give the direction, one solve for each branch finds the other axes. Where

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "planner/Choice.h"
+#include "solve/ToolRoll.h"
 
 namespace host
 {
@@ -59,7 +60,8 @@ void PathPlan::AddSection(const PlanRequest& request, std::size_t begin, std::si
         section.part->points.assign(points.begin() + at(begin), points.begin() + at(end));
     }
     std::vector<Vec3> xAxes;
-    if (!request.toolXAxes.empty()) {
+    if (!request.toolXAxes.empty() &&
+        HasOpenRoll(PointSolver(request.machine, stream, request.settings))) {
         xAxes.assign(request.toolXAxes.begin() + at(begin), request.toolXAxes.begin() + at(end));
     }
     section.place = std::make_unique<Workplace>(

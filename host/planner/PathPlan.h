@@ -22,7 +22,9 @@ struct PlanRequest
     const Toolpath& path;
     std::vector<const LoadedStream*> streams; //!< of each operation
     std::vector<double> toolLengths;          //!< of each operation [length]
-    std::vector<Vec3> toolXAxes; //!< of each point; empty where the turn about the tool is free
+    /// Of each point, for streams that would leave the turn about the tool open; empty where none
+    /// does, or where it is to stay open.
+    std::vector<Vec3> toolXAxes;
     PlanOptions options;
     SolverSettings settings;
 };

@@ -1,5 +1,7 @@
 #include "planner/PathTargets.h"
 
+#include "solve/ToolRoll.h"
+
 namespace host
 {
 
@@ -23,8 +25,8 @@ PathTarget PathTargets::Towards(std::size_t point, double share) const
     const CutterLocation to = LocationAt(point);
     PathTarget target{Between(from, to, share), std::nullopt};
     if (!xAxes.empty()) {
-        const Vec3 mixed = (1.0 - share) * xAxes[point - 1] + share * xAxes[point];
-        target.xAxis = Normalised(mixed).value_or(xAxes[point]);
+        target.xAxis =
+            XAxisBetween({from.direction, xAxes[point - 1]}, {to.direction, xAxes[point]}, share);
     }
     return target;
 }

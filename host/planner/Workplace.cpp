@@ -47,6 +47,16 @@ bool Workplace::IsFreeWay(std::size_t point) const
            operations[before].toolNumber != operations[here].toolNumber;
 }
 
+SampledSolver& Workplace::SamplerAt(std::size_t point)
+{
+    PointSolver& at = SolverAt(point);
+    if (!sampler || sampledOperation != PointAt(point).operation) {
+        sampler = std::make_unique<SampledSolver>(machine, at.Stream(), settings, at.Initial());
+        sampledOperation = PointAt(point).operation;
+    }
+    return *sampler;
+}
+
 double Workplace::HoldAngle() const
 {
     return std::min(ToRadians(options.tolerances.angle_deg) / 2.0, options.poleCone);

@@ -2,6 +2,7 @@
 #define TRUNNION_HOST_PLANNER_WORKPLACE_H
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "planner/PlanOptions.h"
 #include "planner/RotaryPair.h"
 #include "solve/PointSolver.h"
+#include "solve/SampledSolver.h"
 
 namespace host
 {
@@ -38,6 +40,9 @@ class Workplace
     PointSolver& SolverAt(std::size_t point);
     /// Whether the tool comes to this point through the air: at rapid, or from being changed.
     bool IsFreeWay(std::size_t point) const;
+
+    /// Solves from many starts, with the same tool.
+    SampledSolver& SamplerAt(std::size_t point);
 
     /// Where the axes stand before the first point: at their initial values unless said otherwise.
     const JointValues& Start() const { return start; }
@@ -78,6 +83,8 @@ class Workplace
     std::optional<RotaryPair> pair;
     bool isRedundant;
     JointValues start;
+    std::unique_ptr<SampledSolver> sampler; // null until it is asked for
+    int sampledOperation{0};                // whose tool it holds for
 };
 
 } // namespace host
