@@ -17,7 +17,42 @@ namespace
 constexpr std::size_t kBlockPoints = 128;
 constexpr std::size_t kMostCandidates = 8; // as many as a six-axis arm has branches
 
+bool AreFinite(const std::vector<double>& values)
+{
+    return std::all_of(values.begin(), values.end(),
+                       [](double value) { return std::isfinite(value); });
+}
+
 } // namespace
+
+bool IsConsistent(const CandidateBlock& block, std::size_t numAxes)
+{
+    const std::size_t candidates = block.branches.size();
+    if (block.ends.empty() || !std::is_sorted(block.ends.begin(), block.ends.end()) ||
+        block.ends.back() != candidates || block.parents.size() != candidates ||
+        block.joints.size() != candidates * numAxes || !AreFinite(block.joints)) {
+        return false;
+    }
+    std::size_t begin = 0;
+    std::size_t before = kMostCandidates; // the block before this one has no more
+    for (const std::uint32_t end : block.ends) {
+        if (end - begin > kMostCandidates) {
+            return false;
+        }
+        for (std::size_t i = begin; i < end; ++i) {
+            if (block.parents[i] < -1 || block.parents[i] >= static_cast<int>(before) ||
+                block.branches[i] < 0) {
+                return false;
+            }
+        }
+        before = end - begin;
+        begin = end;
+    }
+    return (block.exits.empty() || block.exits.size() == before) &&
+           std::all_of(block.exits.begin(), block.exits.end(), [numAxes](const JointValues& exit) {
+               return exit.empty() || (exit.size() == numAxes && AreFinite(exit));
+           });
+}
 
 CandidateTable::Place CandidateTable::PlaceOf(std::size_t point) const
 {
@@ -63,9 +98,7 @@ void CandidateTable::Link(const std::vector<const Axis*>& ofAxes)
     numbers.clear();
     int known = 0;
     for (std::size_t b = 0; b < blocks.size(); ++b) {
-        if (b > 0) {
-            LinkFirstPoint(ofAxes, b);
-        }
+        LinkFirstPoint(ofAxes, b);
         numbers.emplace_back(blocks[b].branches);
         for (std::size_t local = 0; local < blocks[b].ends.size(); ++local) {
             NumberBranches(blocks[b].firstPoint + local, known);
@@ -75,7 +108,8 @@ void CandidateTable::Link(const std::vector<const Axis*>& ofAxes)
 
 void CandidateTable::LinkFirstPoint(const std::vector<const Axis*>& ofAxes, std::size_t block)
 {
-    const std::vector<JointValues>& exits = blocks[block - 1].exits;
+    const std::vector<JointValues> none;
+    const std::vector<JointValues>& exits = block > 0 ? blocks[block - 1].exits : none;
     const std::size_t point = blocks[block].firstPoint;
     for (std::size_t i = 0; i < CountAt(point); ++i) {
         const JointValues joints = JointsAt(point, i);

@@ -26,6 +26,9 @@ struct CandidateBlock
     std::vector<JointValues> exits;
 };
 
+/// Whether a block holds together, as one that was found does: for one out of a file.
+bool IsConsistent(const CandidateBlock& block, std::size_t numAxes);
+
 /// The candidates of all points of a path.
 class CandidateTable
 {

@@ -98,11 +98,8 @@ bool PathPlan::Accepts(const CandidateBlock& block) const
         return false;
     }
     const Block& next = blocks[appended];
-    const std::size_t candidates = block.branches.size();
     return block.firstPoint == next.begin && block.ends.size() == next.end - next.begin &&
-           std::is_sorted(block.ends.begin(), block.ends.end()) &&
-           block.ends.back() == candidates && block.parents.size() == candidates &&
-           block.joints.size() == candidates * sections[next.section].axisOf.size();
+           IsConsistent(block, sections[next.section].axisOf.size());
 }
 
 void PathPlan::Append(CandidateBlock next)
