@@ -23,7 +23,8 @@ inline host::LoadedMachine Loaded(Fixture fixture)
     stream.partChain = std::move(fixture.partChain);
     for (IkJoint* joint : fixture.joints) {
         host::Axis axis;
-        axis.name.assign(joint->GetName().begin(), joint->GetName().end());
+        const std::wstring name = joint->GetName(); // plain letters in all fixtures
+        axis.name.assign(name.begin(), name.end());
         axis.isRotary = joint->IsRotary();
         axis.joint = joint;
         stream.axes.push_back(loaded.axes.size());
