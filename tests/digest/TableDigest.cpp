@@ -24,12 +24,17 @@ struct Sample
 {
     const char* machine;
     const char* toolpath;
+    const char* toolLink; // of a URDF, else null
+    const char* partLink;
 };
 
 constexpr Sample kSamples[] = {
-    {"trunnion-ac.toml", "dome-over-the-top.cl"},   {"head-table-bc.toml", "impeller-blade.cl"},
-    {"head-head-ca.toml", "turbine-ring.cl"},       {"nutating-bc.toml", "pocket-tilted-walls.cl"},
-    {"mill-turn-bc.toml", "cylinder-engraving.cl"},
+    {"trunnion-ac.toml", "dome-over-the-top.cl", nullptr, nullptr},
+    {"head-table-bc.toml", "impeller-blade.cl", nullptr, nullptr},
+    {"head-head-ca.toml", "turbine-ring.cl", nullptr, nullptr},
+    {"nutating-bc.toml", "pocket-tilted-walls.cl", nullptr, nullptr},
+    {"mill-turn-bc.toml", "cylinder-engraving.cl", nullptr, nullptr},
+    {"arm-positioner.urdf", "bowl-trimming.cl", "spindle_nose", "part"},
 };
 
 std::string TableOf(const fs::path& samples, const Sample& sample, const fs::path& scratch)
@@ -37,6 +42,9 @@ std::string TableOf(const fs::path& samples, const Sample& sample, const fs::pat
     host::SolveOptions options;
     options.machine.file = samples / "machines" / sample.machine;
     options.toolpath.file = samples / "toolpaths" / sample.toolpath;
+    if (sample.toolLink != nullptr) {
+        options.machine.links = {sample.toolLink, sample.partLink};
+    }
     options.output = scratch;
     options.isQuiet = true;
     std::ostringstream out;
