@@ -98,17 +98,29 @@ void PrintTo(const Sample& sample, std::ostream* out)
 class SampleOnItsMachine : public testing::TestWithParam<Sample>
 {
   protected:
-    Outcome Solve() const
+    std::vector<std::string> Command(const std::string& name) const
     {
         const Sample& sample = GetParam();
-        std::vector<std::string> command{
-            test::kProgram, "solve",     MachineFile(sample.machine), PathFile(sample.toolpath),
-            "-o",           "joints.csv"};
+        std::vector<std::string> command{test::kProgram, name, MachineFile(sample.machine),
+                                         PathFile(sample.toolpath)};
         if (sample.links.tool) {
             command.insert(command.end(), {"--tool-link", *sample.links.tool, "--part-link",
                                            sample.links.part.value_or("")});
         }
-        command.insert(command.end(), sample.options.begin(), sample.options.end());
+        return command;
+    }
+    Outcome Solve() const
+    {
+        std::vector<std::string> command = Command("solve");
+        const std::vector<std::string>& options = GetParam().options;
+        command.insert(command.end(), options.begin(), options.end());
+        command.insert(command.end(), {"-o", "joints.csv"});
+        return Process(command, folder.Path()).Wait();
+    }
+    Outcome Verify() const
+    {
+        std::vector<std::string> command = Command("verify");
+        command.emplace_back("joints.csv");
         return Process(command, folder.Path()).Wait();
     }
 
@@ -154,6 +166,13 @@ TEST_P(SampleOnItsMachine, IsReachedWithinTheLimitsAtEveryPoint)
         isReached[row.motion.point] = true;
     }
     EXPECT_EQ(std::count(isReached.begin(), isReached.end(), false), 0);
+
+    // And so is the way between the points.
+    const Outcome verified = Verify();
+    EXPECT_EQ(verified.code, 0) << verified.out << verified.err;
+    EXPECT_NE(verified.out.find("\nverdict    holds within 0.01 mm and 0.05 deg\n"),
+              std::string::npos)
+        << verified.out;
 }
 
 INSTANTIATE_TEST_SUITE_P(
