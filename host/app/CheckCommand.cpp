@@ -19,10 +19,7 @@ ExitCode Check(const CheckOptions& options, std::ostream& out, std::ostream& err
                            options.inRadians ? AngleUnit::Radian : AngleUnit::Degree};
     std::optional<Toolpath> path;
     if (!options.toolpath.file.empty()) {
-        path = ReadToolpath(options.toolpath.file, options.toolpath.format, machine.length);
-        for (const std::string& warning : path->warnings) {
-            err << warning << "\n";
-        }
+        path = ReadPath(options.toolpath, machine.length, err);
     }
     MachineReport(machine, units, out).Print(only);
     if (path) {

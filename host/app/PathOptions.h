@@ -3,7 +3,10 @@
 
 #include <filesystem>
 #include <optional>
+#include <ostream>
 
+#include "geometry/Units.h"
+#include "toolpath/Toolpath.h"
 #include "toolpath/ToolpathFile.h"
 
 namespace host
@@ -15,6 +18,9 @@ struct PathOptions
     std::filesystem::path file;
     std::optional<ToolpathFormat> format; //!< nothing: that which the file's name says
 };
+
+/// Reads that toolpath and passes on its warnings. Lengths come out in `unit`.
+Toolpath ReadPath(const PathOptions& options, LengthUnit unit, std::ostream& warnings);
 
 } // namespace host
 

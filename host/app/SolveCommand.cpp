@@ -19,7 +19,6 @@
 #include "planner/Checkpoint.h"
 #include "planner/PathPlan.h"
 #include "text/InputError.h"
-#include "toolpath/ToolpathFile.h"
 
 namespace host
 {
@@ -165,11 +164,7 @@ ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err
 {
     const auto start = std::chrono::steady_clock::now();
     LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
-    const Toolpath path =
-        ReadToolpath(options.toolpath.file, options.toolpath.format, machine.length);
-    for (const std::string& warning : path.warnings) {
-        err << warning << "\n";
-    }
+    const Toolpath path = ReadPath(options.toolpath, machine.length, err);
     RefuseOverwriting(options);
     const PlanRequest request = RequestFrom(options, machine, path, err);
 

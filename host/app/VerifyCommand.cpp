@@ -12,7 +12,6 @@
 #include "table/JointTableReader.h"
 #include "text/InputFile.h"
 #include "text/Numbers.h"
-#include "toolpath/ToolpathFile.h"
 #include "verify/Verification.h"
 
 namespace host
@@ -137,11 +136,7 @@ ExitCode Verify(const VerifyOptions& options, std::ostream& out, std::ostream& e
 {
     const auto start = std::chrono::steady_clock::now();
     LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
-    const Toolpath path =
-        ReadToolpath(options.toolpath.file, options.toolpath.format, machine.length);
-    for (const std::string& warning : path.warnings) {
-        err << warning << "\n";
-    }
+    const Toolpath path = ReadPath(options.toolpath, machine.length, err);
     const VerificationRequest request{machine, path, ToolsOf(options, machine, path),
                                       TolerancesOf(options, machine.length), options.samples};
     const std::string table = options.table.string();

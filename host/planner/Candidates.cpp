@@ -7,6 +7,7 @@
 #include <IkSolver.h>
 
 #include "planner/JointSpace.h"
+#include "solve/SampledSolver.h"
 
 namespace host
 {
@@ -114,7 +115,7 @@ void CandidateTable::LinkFirstPoint(const std::vector<const Axis*>& ofAxes, std:
     for (std::size_t i = 0; i < CountAt(point); ++i) {
         const JointValues joints = JointsAt(point, i);
         const auto from = std::find_if(exits.begin(), exits.end(), [&](const JointValues& exit) {
-            return !exit.empty() && IsSameSolution(ofAxes, joints, exit);
+            return !exit.empty() && AreSameSolution(ofAxes, joints, exit);
         });
         blocks[block].parents[i] =
             static_cast<std::int8_t>(from == exits.end() ? -1 : from - exits.begin());
@@ -296,7 +297,7 @@ void CandidateFinder::Add(JointValues joints, int parent, Candidates& into) cons
     const std::vector<const Axis*>& axes = place.Axes();
     if (into.size() == kMostCandidates ||
         std::any_of(into.begin(), into.end(), [&](const Candidate& other) {
-            return IsSameSolution(axes, other.joints, joints);
+            return AreSameSolution(axes, other.joints, joints);
         })) {
         return;
     }

@@ -82,18 +82,4 @@ double RotaryTravel(const std::vector<const Axis*>& axes, const JointValues& fro
     return travel;
 }
 
-bool IsSameSolution(const std::vector<const Axis*>& axes, const JointValues& a,
-                    const JointValues& b)
-{
-    constexpr double kLinearApart = 1e-3; // [length]
-    constexpr double kRotaryApart = 1e-3; // [rad]
-    for (std::size_t i = 0; i < axes.size(); ++i) {
-        const double other = axes[i]->isRotary ? NearestImage(b[i], a[i]) : b[i];
-        if (!(std::fabs(a[i] - other) <= (axes[i]->isRotary ? kRotaryApart : kLinearApart))) {
-            return false;
-        }
-    }
-    return true;
-}
-
 } // namespace host

@@ -47,10 +47,6 @@ bool AreWithinLimits(const std::vector<const Axis*>& axes, const JointValues& jo
 double RotaryTravel(const std::vector<const Axis*>& axes, const JointValues& from,
                     const JointValues& to);
 
-/// Whether two sets of joint values are the same solution, whole turns apart or not.
-bool IsSameSolution(const std::vector<const Axis*>& axes, const JointValues& a,
-                    const JointValues& b);
-
 } // namespace host
 
 #endif

@@ -1,4 +1,5 @@
-"""Runs what the README shows: its commands, its machine file and its program.
+"""Runs what the documents show: the README's commands, its machine file and its program, and the
+commands of samples/README.md, these in a copy of that folder.
 
 usage: check_documents.py ROOT BUILD CXX
 
@@ -10,6 +11,7 @@ the README. Numbers may differ in the fourth digit, in tables by a few cases, ti
 
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -77,6 +79,18 @@ def run_program(source, root, build, compiler, folder):
     return run([str(program)], root)
 
 
+def check_samples(root, build):
+    with tempfile.TemporaryDirectory() as folder:
+        samples = Path(folder, "samples")
+        shutil.copytree(root / "samples", samples)
+        path = f"{build / 'host'}:{os.environ['PATH']}"
+        commands = [content for language, content in blocks((samples / "README.md").read_text())
+                    if language == "sh"]
+        for content in commands:
+            run(["bash", "-euo", "pipefail", "-c", content], samples, env={**os.environ, "PATH": path})
+    print(f"samples/README: {len(commands)} sh")
+
+
 def main():
     root, build, compiler = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve(), sys.argv[3]
     counts = {}
@@ -104,10 +118,11 @@ def main():
                 raise SystemExit(f"no rule for a block of {language}")
     if source:
         raise SystemExit("the program is not complete")
-    for path in re.findall(r"`((?:scripts|include|src|host|samples|tests)/[\w/.-]*)`",
+    for path in re.findall(r"`((?:scripts|include|src|host|samples|dialects|tests)/[\w/.-]*)`",
                            readme):
         if not os.path.exists(root / path):
             raise SystemExit(f"README names {path}, which does not exist")
+    check_samples(root, build)
     print("README: " + ", ".join(f"{n} {language}" for language, n in sorted(counts.items())))
 
 
