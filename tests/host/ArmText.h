@@ -15,7 +15,9 @@ namespace test
 ///     |       '-- J6 (x) -- spindle (80 out)
 ///     '---- bench (800 out, 100 up)
 /// @param j6Limits in degrees, for instance "-360, 360"
-inline std::string ArmText(const std::string& j6Limits)
+/// @param tableLimits of a table, C, that carries the bench and turns about z in its middle, in
+/// degrees; without them there is none
+inline std::string ArmText(const std::string& j6Limits, const std::string& tableLimits = "")
 {
     const auto axis = [](const std::string& name, const std::string& parent,
                          const std::string& direction, const std::string& point,
@@ -29,6 +31,7 @@ inline std::string ArmText(const std::string& j6Limits)
         return "[[mount]]\nname = \"" + name + "\"\nkind = \"" + kind + "\"\nparent = \"" + parent +
                "\"\n" + frame + "\n";
     };
+    const bool hasTable = !tableLimits.empty();
     return "[machine]\nname = \"Arm\"\nlength = \"mm\"\nangle = \"deg\"\n\n" +
            axis("J1", "base", "0, 0, 1", "0, 0, 0", "-166, 166") +
            axis("J2", "J1", "0, 1, 0", "150, 0, 400", "-86, 115") +
@@ -36,9 +39,10 @@ inline std::string ArmText(const std::string& j6Limits)
            axis("J4", "J3", "1, 0, 0", "570, 0, 900", "-190, 190") +
            axis("J5", "J4", "0, 1, 0", "570, 0, 900", "-120, 120") +
            axis("J6", "J5", "1, 0, 0", "570, 0, 900", j6Limits) +
+           (hasTable ? axis("C", "base", "0, 0, 1", "800, 0, 0", tableLimits) : "") +
            mount("spindle", "tool", "J6",
                  "origin = [650, 0, 900]\nz_axis = [-1, 0, 0]\nx_axis = [0, 0, 1]\n") +
-           mount("bench", "part", "base",
+           mount("bench", "part", hasTable ? "C" : "base",
                  "origin = [800, 0, 100]\nz_axis = [0, 0, 1]\nx_axis = [1, 0, 0]\n") +
            "[[stream]]\nid = 1\ntool = \"spindle\"\npart = \"bench\"\n";
 }

@@ -1,9 +1,17 @@
 #include <array>
+#include <cmath>
+#include <cstddef>
+#include <optional>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "ArmText.h"
+#include "geometry/Units.h"
+#include "machine/MachineAssembly.h"
+#include "machine/MachineFile.h"
 #include "solve/GuardedSolver.h"
+#include "solve/PointSolver.h"
 #include "support/Fixtures.h"
 #include "support/Random.h"
 
@@ -116,6 +124,34 @@ TEST_F(GuardedArm, GoesOnWhereItIsNear)
     solver.GiveUpAfter(2);
     EXPECT_TRUE(solver.SolveIK(target, result, false, IkJoint::JtLimitNone, false));
     EXPECT_GT(solver.passes, 3);
+}
+
+TEST(GuardedArmAtATable, GoesOnWithTheOtherJointsWhereOneStandsAtItsLimit)
+{
+    // Half round the middle of a table that soon is at its limit, the tool leaning outwards by 20
+    // degrees: five numbers for seven joints, and then for six. The table turns against the tool,
+    // to keep it in front of the arm.
+    const host::LoadedMachine machine =
+        host::AssembleMachine(host::ReadMachine(test::ArmText("-360, 360", "-10, 5"), "arm.toml"));
+    host::PointSolver solver(machine, machine.streams.front(), {});
+    host::JointValues joints{0, 0.2, 0.6, 0, 0.8, 0, 0};
+    const double lean = host::ToRadians(20);
+    for (int degrees = 0; degrees <= 180; degrees += 3) {
+        const double c = std::cos(host::ToRadians(degrees));
+        const double s = std::sin(host::ToRadians(degrees));
+        const host::PathTarget target{{{150.0 * c, 150.0 * s, 50.0},
+                                       {std::sin(lean) * c, std::sin(lean) * s, std::cos(lean)}},
+                                      std::nullopt};
+        ASSERT_TRUE(solver.Solve(target, IkJoint::JtLimitAll, joints)) << degrees << " degrees";
+        EXPECT_LE(solver.ErrorAt(joints, target.at).position, 1e-6);
+        for (std::size_t i = 0; i < joints.size(); ++i) {
+            EXPECT_GE(joints[i], machine.axes[i].joint->GetLowBound());
+            EXPECT_LE(joints[i], machine.axes[i].joint->GetHiBound());
+        }
+        if (degrees >= 90) {
+            EXPECT_NEAR(joints.back(), host::ToRadians(-10), 1e-3) << degrees << " degrees";
+        }
+    }
 }
 
 } // namespace
