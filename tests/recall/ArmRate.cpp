@@ -224,7 +224,7 @@ int main(int argc, char** argv)
     std::vector<Question> questions;
     questions.push_back({"six-axis arm", test::Loaded(test::SixAxisArm()), true, true});
     questions.push_back(
-        {"the same, any turn about the tool", test::Loaded(test::SixAxisArm()), false, false});
+        {"six-axis arm, any turn about the tool", test::Loaded(test::SixAxisArm()), false, false});
     questions.push_back({"arm at a turning table, seven axes", ArmAtATable(), true, false});
     questions.push_back(
         {"arm at a turning table, any turn about the tool", ArmAtATable(), false, false});
