@@ -89,13 +89,18 @@ void MotionBuilder::BuildPoint(std::size_t point, JointValues joints, int branch
 
 /// Emits the rows on the straight way to a point. False, and the point has failed, where the axes
 /// cannot keep to it.
-bool MotionBuilder::LeadTo(std::size_t point, const JointValues& joints)
+/// @param joints at the point; the turns of the free axis may become others
+bool MotionBuilder::LeadTo(std::size_t point, JointValues& joints)
 {
     if (!place.Options().insertsRows || !isFollowed || place.IsFreeWay(point)) {
         return true;
     }
     std::vector<WayStation> stations;
-    const Linearisation::Outcome outcome = linearisation.Insert(point, current, joints, stations);
+    Linearisation::Outcome outcome = linearisation.Insert(point, current, joints, stations);
+    if (outcome != Linearisation::Outcome::Kept &&
+        InsertOtherWay(point, joints, stations) == Linearisation::Outcome::Kept) {
+        outcome = Linearisation::Outcome::Kept;
+    }
     switch (outcome) {
     case Linearisation::Outcome::Kept:
         break;
@@ -122,6 +127,30 @@ bool MotionBuilder::LeadTo(std::size_t point, const JointValues& joints)
         Emit(std::move(row));
     }
     return true;
+}
+
+/// The shorter way around is not always the one along the path: not where the tool turns over, and
+/// not with a head whose axes are no right angle apart.
+Linearisation::Outcome MotionBuilder::InsertOtherWay(std::size_t point, JointValues& joints,
+                                                     std::vector<WayStation>& stations)
+{
+    constexpr double kShortWay = kPi / 2.0;
+    if (!place.Pair() || CountsTurns(*place.Axes()[place.Pair()->FirstAxis()])) {
+        return Linearisation::Outcome::Unsteady;
+    }
+    const std::size_t first = place.Pair()->FirstAxis();
+    const double turn = joints[first] - current[first];
+    if (std::fabs(turn) < kShortWay) {
+        return Linearisation::Outcome::Unsteady;
+    }
+    JointValues other = joints;
+    other[first] += turn > 0.0 ? -kTurn : kTurn;
+    stations.clear();
+    const Linearisation::Outcome outcome = linearisation.Insert(point, current, other, stations);
+    if (outcome == Linearisation::Outcome::Kept) {
+        joints = std::move(other);
+    }
+    return outcome;
 }
 
 void MotionBuilder::Fail(std::size_t point, const std::string& sentence)

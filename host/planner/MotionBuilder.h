@@ -32,7 +32,9 @@ class MotionBuilder
 
   private:
     void BuildPoint(std::size_t point, JointValues joints, int branch);
-    bool LeadTo(std::size_t point, const JointValues& joints);
+    bool LeadTo(std::size_t point, JointValues& joints);
+    Linearisation::Outcome InsertOtherWay(std::size_t point, JointValues& joints,
+                                          std::vector<WayStation>& stations);
     void Fail(std::size_t point, const std::string& sentence);
     std::string WhyNot(std::size_t point);
 
