@@ -42,12 +42,35 @@ Vec3 AxisBetween(const IkXformMat& before, const IkXformMat& after)
     return 0.5 * axis;
 }
 
+/// Whether the linear axes move the tool in all three dimensions.
+bool ReachAnywhere(PointSolver& solver)
+{
+    const Vec3 origin = Column(solver.PoseAt(solver.Initial()), 3);
+    std::vector<Vec3> moves;
+    for (const std::size_t i : solver.FreeAxes()) {
+        if (!solver.Axes()[i]->isRotary) {
+            JointValues joints = solver.Initial();
+            joints[i] += 1.0;
+            moves.push_back(Column(solver.PoseAt(joints), 3) - origin);
+        }
+    }
+    double volume = 0.0;
+    for (std::size_t i = 0; i < moves.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            for (std::size_t k = 0; k < j; ++k) {
+                volume = std::max(volume, std::fabs(Dot(moves[i], Cross(moves[j], moves[k]))));
+            }
+        }
+    }
+    return volume > kParallel;
+}
+
 } // namespace
 
 std::optional<RotaryPair> RotaryPair::Of(PointSolver& solver)
 {
     const std::vector<std::size_t> rotary = solver.FreeRotaryAxes();
-    if (rotary.size() != 2) {
+    if (rotary.size() != 2 || !ReachAnywhere(solver)) {
         return std::nullopt;
     }
     const auto poseAt = [&](double a, double b) {

@@ -28,8 +28,10 @@ class RotaryPair
         double second; //!< [rad], from -pi to pi
     };
 
-    /// Nothing unless the solver's stream has exactly two rotary axes to move, and they are not
-    /// parallel to each other.
+    /// Nothing unless the solver's stream has exactly two rotary axes to move, they are not
+    /// parallel to each other, and the linear ones bring the tool anywhere by themselves: where
+    /// they do not, as on a lathe without a Y axis, the rotary ones are needed for the position
+    /// too.
     static std::optional<RotaryPair> Of(PointSolver& solver);
 
     std::size_t FirstAxis() const { return firstAxis; }
