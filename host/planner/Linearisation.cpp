@@ -36,7 +36,7 @@ Linearisation::Outcome Linearisation::Insert(std::size_t point, const JointValue
 {
     towards = point;
     found = &stations;
-    return Halve({0.0, start}, {1.0, end}, 0);
+    return Halve({0.0, start, false}, {1.0, end, false}, 0);
 }
 
 Linearisation::Outcome Linearisation::Halve(const WayStation& from, const WayStation& to, int depth)
@@ -47,7 +47,7 @@ Linearisation::Outcome Linearisation::Halve(const WayStation& from, const WaySta
     if (depth == kMostHalvings || found->size() == kMostStations) {
         return Outcome::Unsteady;
     }
-    WayStation middle{(from.share + to.share) / 2.0, {}};
+    WayStation middle{(from.share + to.share) / 2.0, {}, false};
     if (const Outcome outcome = StandBetween(from, to, middle); outcome != Outcome::Kept) {
         return outcome;
     }
@@ -102,11 +102,11 @@ Linearisation::Outcome Linearisation::StandBetween(const WayStation& from, const
 {
     const PathTarget target = place.Targets().Towards(towards, middle.share);
     middle.joints = Mixed(from.joints, to.joints, 0.5);
+    middle.isAtPole = IsHeldAtPole(from, to, target.at.direction);
     const bool isSolved =
-        IsHeldAtPole(from, to, target.at.direction)
-            ? place.SolveAtPole(towards, target.at, middle.joints[place.Pair()->FirstAxis()],
-                                middle.joints)
-            : SolveBetween(target, from.joints, to.joints, middle.joints);
+        middle.isAtPole ? place.SolveAtPole(towards, target.at,
+                                            middle.joints[place.Pair()->FirstAxis()], middle.joints)
+                        : SolveBetween(target, from.joints, to.joints, middle.joints);
     if (!isSolved) {
         return Outcome::OutOfReach;
     }

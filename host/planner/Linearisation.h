@@ -14,6 +14,8 @@ struct WayStation
 {
     double share{0.0};
     JointValues joints;
+    bool isAtPole{
+        false}; //!< the free axis stands between its neighbours, not where the tool has it
 };
 
 /// Finds what has to be inserted between two points so that the machine, which moves its axes

@@ -58,7 +58,11 @@ void MotionBuilder::Build(std::size_t point)
             BuildPoint(point, *joints, kNoBranch);
         }
     } else {
-        Fail(point, WhyNot(point));
+        std::vector<JointValues> beyondLimits;
+        for (std::size_t i = 0; i < candidates.CountAt(point); ++i) {
+            beyondLimits.push_back(candidates.JointsAt(point, i));
+        }
+        Fail(point, WhyNot(point, beyondLimits));
     }
 }
 
@@ -121,8 +125,7 @@ bool MotionBuilder::LeadTo(std::size_t point, JointValues& joints)
         row.point = point;
         row.joints = std::move(station.joints);
         row.asked = place.Targets().Towards(point, station.share).at;
-        row.branch = place.Pair() ? place.Pair()->BranchOf(row.joints[place.Pair()->SecondAxis()])
-                                  : currentBranch;
+        row.branch = station.isAtPole ? kNoBranch : BranchAt(row.joints);
         row.flags.isInserted = true;
         Emit(std::move(row));
     }
@@ -153,6 +156,13 @@ Linearisation::Outcome MotionBuilder::InsertOtherWay(std::size_t point, JointVal
     return outcome;
 }
 
+/// On the way between two points.
+int MotionBuilder::BranchAt(const JointValues& joints) const
+{
+    const std::optional<RotaryPair>& pair = place.Pair();
+    return pair ? pair->BranchOf(joints[pair->SecondAxis()]) : currentBranch;
+}
+
 void MotionBuilder::Fail(std::size_t point, const std::string& sentence)
 {
     Report(EventKind::Failed, point, sentence);
@@ -165,14 +175,14 @@ void MotionBuilder::Fail(std::size_t point, const std::string& sentence)
     takeRow(row);
 }
 
-std::string MotionBuilder::WhyNot(std::size_t point)
+/// @param beyondLimits what would reach it, if limits were not
+std::string MotionBuilder::WhyNot(std::size_t point, const std::vector<JointValues>& beyondLimits)
 {
     const ShownUnits units{place.Machine().length, AngleUnit::Degree};
     std::optional<Unreached> least;
     double nearest = 0.0;
     PointSolver& solver = place.SolverAt(point);
-    for (std::size_t i = 0; i < candidates.CountAt(point); ++i) {
-        JointValues joints = candidates.JointsAt(point, i);
+    for (JointValues joints : beyondLimits) {
         Unreached unreached;
         unreached.cause = Unreached::Cause::Limits;
         unreached.exceeded = Exceeded(place.Axes(), joints);
@@ -235,15 +245,17 @@ std::optional<JointValues> MotionBuilder::StandAtPole(std::size_t point)
     }
     JointValues joints = current;
     const double first = poleTurns[point - poleBegin];
-    if (!place.SolveAtPole(point, place.Targets().LocationAt(point), first, joints) ||
-        !AreWithinLimits(place.Axes(), joints)) {
-        const ShownUnits units{place.Machine().length, AngleUnit::Degree};
-        Fail(point, "the tool is at the pole here, and with " +
-                        ValueText(*place.Axes()[place.Pair()->FirstAxis()], first, units) +
-                        " the other axes do not reach it within their limits; move the part");
-        return std::nullopt;
+    const CutterLocation asked = place.Targets().LocationAt(point);
+    if (place.SolveAtPole(point, asked, first, joints) && AreWithinLimits(place.Axes(), joints)) {
+        return joints;
     }
-    return joints;
+    joints[place.Pair()->FirstAxis()] = first;
+    joints[place.Pair()->SecondAxis()] = place.Pair()->NearestSecond(asked.direction, first);
+    const bool isReached =
+        place.SolverAt(point).Solve(place.Targets().At(point), IkJoint::JtLimitNone, joints);
+    Fail(point,
+         WhyNot(point, isReached ? std::vector<JointValues>{joints} : std::vector<JointValues>{}));
+    return std::nullopt;
 }
 
 /// Swings the axes with the tool pulled back at the last point, so that the way to `point` can be

@@ -35,8 +35,9 @@ class MotionBuilder
     bool LeadTo(std::size_t point, JointValues& joints);
     Linearisation::Outcome InsertOtherWay(std::size_t point, JointValues& joints,
                                           std::vector<WayStation>& stations);
+    int BranchAt(const JointValues& joints) const;
     void Fail(std::size_t point, const std::string& sentence);
-    std::string WhyNot(std::size_t point);
+    std::string WhyNot(std::size_t point, const std::vector<JointValues>& beyondLimits);
 
     void PlanPole(std::size_t point);
     std::optional<JointValues> StandAtPole(std::size_t point);

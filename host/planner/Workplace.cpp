@@ -84,7 +84,11 @@ bool Workplace::SolveAtPole(std::size_t point, const CutterLocation& at, double 
     const std::size_t second = pair->SecondAxis();
     tried[pair->FirstAxis()] = first;
     tried[second] = NearestImage(pair->NearestSecond(at.direction, first), joints[second]);
-    if (!SolverAt(point).SolveLinear(at.position, tried)) {
+    PointSolver& solverHere = SolverAt(point);
+    // Where the axes reach the pole they come as near to the direction as that, or nearer.
+    const double most = pair->AngleToPole(at.direction) + kRotarySlack;
+    if (!solverHere.SolveLinear(at.position, tried) ||
+        AngleBetween(solverHere.ToolAt(tried).direction, at.direction) > most) {
         return false;
     }
     joints = std::move(tried);

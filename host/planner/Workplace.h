@@ -65,6 +65,7 @@ class Workplace
     bool IsInPoleCone(const Vec3& direction) const;
 
     /// At the pole: puts the first axis of the pair at `first` and solves the others from `joints`.
+    /// False where the axes do not reach the pole at all.
     bool SolveAtPole(std::size_t point, const CutterLocation& at, double first,
                      JointValues& joints);
     /// Puts values that are a little beyond their limits on them and solves the linear axes again.
