@@ -70,11 +70,11 @@ Toolpath MixedPath(std::uint64_t seed)
     double tilt = 30;
     double azimuth = 0;
     for (int i = 0; i < 290; ++i) {
-        tilt = std::clamp(tilt + random.Between(-2, 2), 0.0, 80.0);
-        azimuth += random.Between(-3, 6);
-        const double x = i % 97 == 50 ? 5000.0 : random.Between(-40, 40);
-        path.To({x, random.Between(-40, 40), random.Between(0, 30)},
-                Leaning(i % 41 == 7 ? 0.0 : tilt, azimuth), i % 60 == 0);
+        tilt = std::clamp(tilt + random.Between(-1, 1), 0.0, 80.0);
+        azimuth += random.Between(-1, 2);
+        const double x = i % 97 == 50 ? 5000.0 : random.Between(-2, 2);
+        path.To({x, 0.3 * i - 40, random.Between(0, 2)}, Leaning(i % 41 == 7 ? 0.0 : tilt, azimuth),
+                i % 60 == 0);
     }
     return path.Path();
 }
@@ -86,9 +86,8 @@ Toolpath PlanePath()
     PathText path;
     double tilt = 0;
     for (int i = 0; i < 300; ++i) {
-        tilt = std::clamp(tilt + random.Between(-3, 3), -60.0, 60.0);
-        path.To({random.Between(-40, 40), random.Between(-40, 40), random.Between(0, 30)},
-                Leaning(tilt, 0), i % 100 == 0);
+        tilt = std::clamp(tilt + random.Between(-1, 1), -60.0, 60.0);
+        path.To({random.Between(-2, 2), 0.1 * i, 0}, Leaning(tilt, 0), i % 100 == 0);
     }
     return path.Path();
 }
