@@ -268,12 +268,12 @@ void ExpectTheStreamsBits(const test::Fixture& machine, const IkEndState& target
     ASSERT_EQ(solver.RotaryJointIndices, stream.RotaryJointIndices);
     ASSERT_EQ(solver.FreeJointIndices, stream.FreeJointIndices);
 
-    IkJtStateVector ofPlain;
+    plain::States ofPlain;
     plain::Fields fields;
     ASSERT_EQ(isSolved,
               plain::SolveIK(stream, given, ofPlain, toolOnly, limits, lockRotary, fields));
-    ASSERT_EQ(BitsOf(result), BitsOf(ofPlain));
-    ASSERT_EQ(BitsOf(solver.SolverJtStates), BitsOf(fields.states));
+    ASSERT_EQ(BitsOf(result), BitsOf(ofPlain.ToLibrary()));
+    ASSERT_EQ(BitsOf(solver.SolverJtStates), BitsOf(fields.states.ToLibrary()));
     ++count.compared;
     count.solved += isSolved ? 1 : 0;
 }
