@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "IkJtState.h"
@@ -17,6 +18,13 @@ inline std::uint64_t BitsOf(double x)
     std::uint64_t bits = 0;
     std::memcpy(&bits, &x, sizeof bits);
     return bits;
+}
+
+/// The same with one pattern for every NaN: which sign and payload an operation on two of them
+/// gives hangs on the order in which a compiler hands it the operands.
+inline std::uint64_t NumberBits(double x)
+{
+    return BitsOf(x != x ? std::numeric_limits<double>::quiet_NaN() : x);
 }
 
 inline std::vector<std::uint64_t> BitsOf(const TNT::Matrix<double>& m)

@@ -1,0 +1,154 @@
+// Forward kinematics of unusual machines against the plain formulation.
+
+#include <gtest/gtest.h>
+
+#include "plain/Comparison.h"
+
+namespace
+{
+
+using test::NumbersOf;
+using test::Random;
+using test::StatesOf;
+using test::UnusualMachine;
+
+IkXformMat Sentinel()
+{
+    return IkXformMat::Translate(-7, -8, -9);
+}
+
+/// A call of SolveFK: what it is given and what it gives.
+struct ForwardCall
+{
+    bool commit;
+    bool hasPartOut;
+    bool hasToolOut;
+    bool toolOnly;
+};
+
+void ExpectPlainPose(const UnusualMachine& machine, const IkJtStateVector& states,
+                     const ForwardCall& call)
+{
+    IkJtStateVector given = states;
+    plain::States plainGiven(states);
+    IkXformMat part = Sentinel();
+    IkXformMat tool = Sentinel();
+    plain::Matrix plainPart = Sentinel();
+    plain::Matrix plainTool = Sentinel();
+    IkEndState result;
+    plain::Matrix pose;
+    RunBoth(
+        machine,
+        [&] {
+            result = machine.stream->SolveFK(given, call.commit, call.hasPartOut ? &part : nullptr,
+                                             call.hasToolOut ? &tool : nullptr, call.toolOnly);
+        },
+        [&] {
+            pose = plain::SolveFK(*machine.stream, plainGiven, call.commit,
+                                  call.hasPartOut ? &plainPart : nullptr,
+                                  call.hasToolOut ? &plainTool : nullptr, call.toolOnly);
+        });
+    EXPECT_EQ(NumbersOf(result.GetCompleteState()), NumbersOf(pose));
+    EXPECT_EQ(plain::EndState(result).filter, plain::EndState(IkEndState()).filter);
+    EXPECT_EQ(NumbersOf(part), NumbersOf(plainPart));
+    EXPECT_EQ(NumbersOf(tool), NumbersOf(plainTool));
+    EXPECT_EQ(StatesOf(given), StatesOf(plainGiven)); // nodes may have changed the values
+}
+
+} // namespace
+
+TEST(UnusualMachines, Chains)
+{
+    test::Repeat(test::Cases(2000), 30, [](Random& random) {
+        const UnusualMachine machine = test::MakeUnusualMachine(random);
+        for (const auto& chain : machine.chains) {
+            IkJtStateVector states = test::UnusualStates(machine, random);
+            plain::States plainStates(states);
+            IkXformMat result;
+            plain::Matrix expected;
+            RunBoth(
+                machine, [&] { result = chain->GetXformMat(states); },
+                [&] { expected = plain::ChainTransform(*chain, plainStates); });
+            EXPECT_EQ(NumbersOf(result), NumbersOf(expected));
+            EXPECT_EQ(StatesOf(states), StatesOf(plainStates));
+            RunBoth(
+                machine, [&] { result = chain->GetXformMat(); },
+                [&] { expected = plain::ChainTransform(*chain); });
+            EXPECT_EQ(NumbersOf(result), NumbersOf(expected));
+        }
+    });
+}
+
+TEST(UnusualMachines, ForwardKinematics)
+{
+    test::Repeat(test::Cases(4000), 31, [](Random& random) {
+        const UnusualMachine machine = test::MakeUnusualMachine(random);
+        const IkJtStateVector states = test::UnusualStates(machine, random);
+        for (int bits = 0; bits < 16; ++bits) {
+            ExpectPlainPose(machine, states,
+                            {(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0, (bits & 8) != 0});
+        }
+        const bool toolOnly = random.OneIn(3);
+        IkEndState pose;
+        plain::Matrix expected;
+        RunBoth(
+            machine, [&] { pose = machine.stream->SolveFK(toolOnly); },
+            [&] {
+                plain::States current = plain::JointStates(*machine.stream);
+                expected = plain::Pose(*machine.stream, current, toolOnly);
+            });
+        EXPECT_EQ(NumbersOf(pose.GetCompleteState()), NumbersOf(expected));
+    });
+}
+
+TEST(UnusualMachines, NewPartSpace)
+{
+    int found = 0;
+    test::Repeat(test::Cases(2000), 32, [&found](Random& random) {
+        const UnusualMachine machine = test::MakeUnusualMachine(random);
+        IkJtStateVector states = test::UnusualStates(machine, random);
+        plain::States plainStates(states);
+        IkXformMat frame = test::UnusualFrame(random);
+        const plain::Matrix plainFrame = frame;
+        IkXformMat out = Sentinel();
+        plain::Matrix plainOut = Sentinel();
+        bool isFound = false;
+        bool isExpected = false;
+        RunBoth(
+            machine, [&] { isFound = machine.stream->SolveNewPartSpace(states, frame, out); },
+            [&] {
+                isExpected =
+                    plain::SolveNewPartSpace(*machine.stream, plainStates, plainFrame, plainOut);
+            });
+        EXPECT_EQ(isFound, isExpected);
+        EXPECT_EQ(NumbersOf(out), NumbersOf(plainOut));
+        EXPECT_EQ(NumbersOf(frame), NumbersOf(plainFrame));
+        found += isFound ? 1 : 0;
+
+        RunBoth( // one matrix for both
+            machine, [&] { machine.stream->SolveNewPartSpace(states, out, out); },
+            [&] { plain::SolveNewPartSpace(*machine.stream, plainStates, plainOut, plainOut); });
+        EXPECT_EQ(NumbersOf(out), NumbersOf(plainOut));
+    });
+    EXPECT_GT(found, 0);
+}
+
+TEST(UnusualMachines, PartSpaceFrames)
+{
+    test::Repeat(test::Cases(1000), 33, [](Random& random) {
+        const UnusualMachine machine = test::MakeUnusualMachine(random);
+        if (machine.chains.size() < 2) {
+            return;
+        }
+        IkStream& stream = *machine.stream;
+        stream.SetHasPartSpaceMatrix(false, false); // takes the body off the chain
+        const IkChain withoutBody = *machine.chains[1];
+        const IkXformMat frame = test::UnusualFrame(random);
+        plain::Matrix expected;
+        RunBoth(
+            machine, [&] { stream.SetPartSpaceMatrix(frame, false); },
+            [&] { expected = plain::PartSpaceFrame(withoutBody, frame); });
+        const IkNode* body = machine.chains[1]->GetAt(machine.chains[1]->Size() - 1);
+        EXPECT_EQ(NumbersOf(body->GetOrigFrame()), NumbersOf(expected));
+    });
+}

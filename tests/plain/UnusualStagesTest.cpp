@@ -1,0 +1,174 @@
+// The stages of a solve on unusual machines against the plain formulation.
+
+#include <gtest/gtest.h>
+
+#include "plain/Comparison.h"
+#include "plain/PlainSteps.h"
+
+namespace
+{
+
+using test::NumberBits;
+using test::NumbersOf;
+using test::Random;
+using test::UnusualMachine;
+using Array = TNT::Array2D<double>;
+
+/// An unusual machine in the middle of a solve.
+struct Pass
+{
+    explicit Pass(Random& random)
+        : machine(test::MakeUnusualMachine(random)), stream(*machine.stream),
+          target(test::UnusualTarget(machine, random)), lockRotary(random.OneIn(10)),
+          toolOnly(random.OneIn(5))
+    {
+        RunBoth(
+            machine, [&] { stream.InitializeIkSolver(lockRotary); },
+            [&] { fields = plain::Initialize(stream, lockRotary); });
+        test::ExpectFields(stream, fields);
+        Move(random);
+        reference = stream.SolveFK(stream.SolverJtStates, false, nullptr, nullptr, toolOnly);
+        reference.CopyFilter(target);
+        fields.states = plain::States(stream.SolverJtStates);
+    }
+
+    /// Takes the working values elsewhere, as earlier passes do.
+    void Move(Random& random)
+    {
+        for (int i = 0; i < stream.SolverJtStates.Size(); ++i) {
+            IkJtState& state = stream.SolverJtStates.GetState(i);
+            state.SetValue(state.GetValue() + random.Between(-0.1, 0.1));
+        }
+    }
+
+    UnusualMachine machine;
+    IkStream& stream;
+    IkEndState target;
+    bool lockRotary;
+    bool toolOnly;
+    plain::Fields fields;
+    IkEndState reference;
+};
+
+void ExpectPlainObjective(const Pass& pass)
+{
+    std::vector<double> components;
+    double error = 0.0;
+    EXPECT_TRUE(pass.stream.ObjectiveFcn(pass.reference, pass.target, components, error));
+    EXPECT_EQ(components, std::vector<double>());
+    EXPECT_EQ(NumberBits(error), NumberBits(plain::Objective(pass.reference, pass.target,
+                                                             plain::kStreamDirectionTolerance)));
+}
+
+void ExpectPlainPartialJacobian(const Pass& pass, int includeRotary, Array& jacobian)
+{
+    Array expected;
+    RunBoth(
+        pass.machine,
+        [&] {
+            pass.stream.ComputePartialJacobian(pass.reference, jacobian, includeRotary,
+                                               pass.toolOnly);
+        },
+        [&] {
+            expected = plain::PartialJacobian(pass.stream, pass.fields, pass.reference,
+                                              includeRotary, pass.toolOnly);
+        });
+    EXPECT_EQ(NumbersOf(jacobian), NumbersOf(expected));
+}
+
+bool ExpectPlainFullJacobian(const Pass& pass, Array& jacobian)
+{
+    jacobian = Array(1, 1, 42.0);
+    Array expected(1, 1, 42.0);
+    bool isMade = false;
+    bool isExpected = false;
+    RunBoth(
+        pass.machine,
+        [&] { isMade = pass.stream.ComputeFullJacobian(pass.reference, jacobian, pass.toolOnly); },
+        [&] {
+            isExpected = plain::FullJacobian(pass.stream, pass.reference, pass.toolOnly, expected);
+        });
+    EXPECT_EQ(isMade, isExpected);
+    EXPECT_EQ(NumbersOf(jacobian), NumbersOf(expected));
+    return isMade;
+}
+
+void ExpectPlainPartialSteps(const Pass& pass, Array& jacobian)
+{
+    IkStream& stream = pass.stream;
+    const IkEndState& target = pass.target;
+    const IkEndState& current = pass.reference;
+    const plain::Fields& fields = pass.fields;
+    EXPECT_EQ(NumbersOf(stream.CalcDThetaPsuedoInversePartial(target, current, jacobian)),
+              NumbersOf(plain::PseudoInversePartialStep(fields, target, current, jacobian)));
+    EXPECT_EQ(NumbersOf(stream.CalcDThetaDLSPartial(target, current, jacobian)),
+              NumbersOf(plain::DampedPartialStep(fields, target, current, jacobian)));
+    EXPECT_EQ(NumbersOf(stream.CalcDThetaSDLSPartial(target, current, jacobian)),
+              NumbersOf(plain::SelectivelyDampedPartialStep(fields, target, current, jacobian)));
+}
+
+void ExpectPlainFullSteps(const Pass& pass, Array& jacobian)
+{
+    IkStream& stream = pass.stream;
+    const IkEndState& target = pass.target;
+    const IkEndState& current = pass.reference;
+    EXPECT_EQ(NumbersOf(stream.CalcDThetaPsuedoInverse(target, current, jacobian)),
+              NumbersOf(plain::PseudoInverseStep(stream, target, current, jacobian)));
+    EXPECT_EQ(NumbersOf(stream.CalcDThetaDLS(target, current, jacobian)),
+              NumbersOf(plain::DampedStep(stream, target, current, jacobian)));
+}
+
+/// A step with entries of any size: none, tiny, far beyond every range.
+Array UnusualStep(int rows, Random& random)
+{
+    Array step(rows, 1);
+    for (int i = 0; i < rows; ++i) {
+        const double scale = random.OneOf({0.0, 1e-17, 2.220446049250313e-16, 0.1, 10.0, 1e4});
+        step[i][0] = test::UnusualNumber(scale * random.Between(-1, 1), random);
+    }
+    return step;
+}
+
+} // namespace
+
+TEST(UnusualMachines, Stages)
+{
+    test::Repeat(test::Cases(5000), 34, [](Random& random) {
+        const Pass pass(random);
+        ExpectPlainObjective(pass);
+        Array jacobian;
+        ExpectPlainPartialJacobian(pass, 0, jacobian);
+        ExpectPlainPartialSteps(pass, jacobian);
+        ExpectPlainPartialJacobian(pass, 1, jacobian);
+        ExpectPlainPartialSteps(pass, jacobian);
+        if (ExpectPlainFullJacobian(pass, jacobian)) {
+            ExpectPlainFullSteps(pass, jacobian);
+        }
+    });
+}
+
+TEST(UnusualMachines, Limits)
+{
+    test::Repeat(test::Cases(3000), 35, [](Random& random) {
+        const UnusualMachine machine = test::MakeUnusualMachine(random);
+        const IkJtStateVector start = test::UnusualStates(machine, random);
+        const int rows = random.OneIn(20) ? random.Below(20) : start.Size();
+        Array step = UnusualStep(rows, random);
+        for (int kind = 0; kind < 6; ++kind) {
+            IkJtStateVector states = start;
+            plain::States expected(start);
+            if (kind < 4) {
+                const auto limits = static_cast<IkJoint::JointLimitTypes>(kind);
+                states.AppendValues(step, limits);
+                plain::Append(expected, step, plain::LimitsOf(limits));
+            } else {
+                states.AppendValues(step, kind == 5);
+                plain::Append(expected, step, plain::LimitsOf(kind == 5));
+            }
+            EXPECT_EQ(test::StatesOf(states), test::StatesOf(expected));
+            std::vector<int> outside;
+            states.GetOutOfBoundIndices(outside);
+            EXPECT_EQ(static_cast<int>(outside.size()), plain::OutOfBounds(expected).Size());
+        }
+    });
+}
