@@ -53,6 +53,9 @@ void ExpectPlainPose(const UnusualMachine& machine, const IkJtStateVector& state
     EXPECT_EQ(NumbersOf(part), NumbersOf(plainPart));
     EXPECT_EQ(NumbersOf(tool), NumbersOf(plainTool));
     EXPECT_EQ(StatesOf(given), StatesOf(plainGiven)); // nodes may have changed the values
+    if (!machine.ChangesStates()) {
+        EXPECT_EQ(StatesOf(given), StatesOf(states)); // whatever one did with a value of its own
+    }
 }
 
 } // namespace

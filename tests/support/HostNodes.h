@@ -21,6 +21,7 @@ class HostNode
   public:
     virtual ~HostNode() = default;
     virtual void Restart() {} //!< forgets what it has been asked so far
+    virtual bool ChangesStates() const { return false; }
 
     std::uint64_t id{0};
     CallLog* log{nullptr};
@@ -129,6 +130,7 @@ class Setter : public Base, public HostNode
         }
         return Base::GetXformMat(states);
     }
+    bool ChangesStates() const override { return true; }
 };
 
 /// Is somewhere else each time that it is asked, and says so in its original frame.

@@ -290,6 +290,12 @@ void UnusualMachine::Restart() const
     }
 }
 
+bool UnusualMachine::ChangesStates() const
+{
+    return std::any_of(hosts.begin(), hosts.end(),
+                       [](const HostNode* host) { return host->ChangesStates(); });
+}
+
 std::vector<double> UnusualMachine::JointValues() const
 {
     std::vector<double> values;

@@ -26,6 +26,7 @@ struct UnusualMachine
 
     /// Clears the log and makes the host's nodes forget what they have been asked.
     void Restart() const;
+    bool ChangesStates() const; //!< one of the host's nodes does
     std::vector<double> JointValues() const;
     void SetJointValues(const std::vector<double>& values) const;
 };
