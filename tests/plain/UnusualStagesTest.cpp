@@ -1,7 +1,11 @@
 // The stages of a solve on unusual machines against the plain formulation.
 
+#include <algorithm>
+#include <cmath>
+
 #include <gtest/gtest.h>
 
+#include "IkSolver.h"
 #include "plain/Comparison.h"
 #include "plain/PlainSteps.h"
 
@@ -50,14 +54,29 @@ struct Pass
     IkEndState reference;
 };
 
-void ExpectPlainObjective(const Pass& pass)
+void ExpectPlainObjective(const Pass& pass, const IkEndState& target)
 {
+    const IkEndState& current = pass.reference;
     std::vector<double> components;
     double error = 0.0;
-    EXPECT_TRUE(pass.stream.ObjectiveFcn(pass.reference, pass.target, components, error));
+    EXPECT_TRUE(pass.stream.ObjectiveFcn(current, target, components, error));
     EXPECT_EQ(components, std::vector<double>());
-    EXPECT_EQ(NumberBits(error), NumberBits(plain::Objective(pass.reference, pass.target,
-                                                             plain::kStreamDirectionTolerance)));
+    EXPECT_EQ(NumberBits(error),
+              NumberBits(plain::Objective(current, target, plain::kStreamDirectionTolerance)));
+    IkSolverPsuedoInverse solver(&pass.stream);
+    EXPECT_TRUE(solver.ObjectiveFcn(current, target, components, error));
+    EXPECT_EQ(NumberBits(error),
+              NumberBits(plain::Objective(current, target, plain::kSolverDirectionTolerance)));
+}
+
+/// The reference with its axes off by about as much as still counts as met.
+IkEndState NearlyMet(const Pass& pass, Random& random)
+{
+    IkXformMat pose = pass.reference.GetCompleteState();
+    pose.RotXThis(random.Between(1.744e-5, 1.7505e-5)); // 1 - cos: 1.521e-10 to 1.532e-10
+    IkEndState target(pass.reference);
+    target.SetCompleteState(pose);
+    return target;
 }
 
 void ExpectPlainPartialJacobian(const Pass& pass, int includeRotary, Array& jacobian)
@@ -118,6 +137,32 @@ void ExpectPlainFullSteps(const Pass& pass, Array& jacobian)
               NumbersOf(plain::DampedStep(stream, target, current, jacobian)));
 }
 
+/// Of the same shape: with singular values at the cut-off and about it, with repeated columns, or
+/// with entries from one end of the range of doubles to the other.
+Array UnusualJacobian(const Array& like, Random& random)
+{
+    const bool isDiagonal = random.OneIn(3);
+    const int spread = random.OneIn(2) ? 1040 : 30; // exponents
+    Array jacobian(like.dim1(), like.dim2(), 0.0);
+    for (int i = 0; i < jacobian.dim1(); ++i) {
+        for (int j = 0; j < jacobian.dim2(); ++j) {
+            const double entry =
+                std::ldexp(random.Between(-1, 1), random.Below(2 * spread) - spread);
+            jacobian[i][j] = isDiagonal || random.OneIn(3) ? 0.0 : entry;
+        }
+    }
+    for (int i = 0; isDiagonal && i < std::min(jacobian.dim1(), jacobian.dim2()); ++i) {
+        jacobian[i][i] = random.OneOf(
+            {1e-10, std::nextafter(1e-10, 0.0), std::nextafter(1e-10, 1.0), 1.0, 3.0, 0.0});
+    }
+    const int last = jacobian.dim2() - 1;
+    const bool repeats = last > 0 && random.OneIn(4);
+    for (int i = 0; repeats && i < jacobian.dim1(); ++i) {
+        jacobian[i][last] = jacobian[i][0];
+    }
+    return jacobian;
+}
+
 /// A step with entries of any size: none, tiny, far beyond every range.
 Array UnusualStep(int rows, Random& random)
 {
@@ -135,14 +180,19 @@ TEST(UnusualMachines, Stages)
 {
     test::Repeat(test::Cases(5000), 34, [](Random& random) {
         const Pass pass(random);
-        ExpectPlainObjective(pass);
+        ExpectPlainObjective(pass, pass.target);
+        ExpectPlainObjective(pass, NearlyMet(pass, random));
         Array jacobian;
         ExpectPlainPartialJacobian(pass, 0, jacobian);
         ExpectPlainPartialSteps(pass, jacobian);
         ExpectPlainPartialJacobian(pass, 1, jacobian);
         ExpectPlainPartialSteps(pass, jacobian);
+        Array unusual = UnusualJacobian(jacobian, random);
+        ExpectPlainPartialSteps(pass, unusual);
         if (ExpectPlainFullJacobian(pass, jacobian)) {
             ExpectPlainFullSteps(pass, jacobian);
+            unusual = UnusualJacobian(jacobian, random);
+            ExpectPlainFullSteps(pass, unusual);
         }
     });
 }
