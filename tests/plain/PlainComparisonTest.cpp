@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "plain/Comparison.h"
 #include "plain/PlainSolve.h"
 #include "support/Bits.h"
 #include "support/RandomMachine.h"
@@ -185,7 +186,7 @@ TEST(PlainComparison, PartialSteps)
 TEST(PlainComparison, WholeSolves)
 {
     int converged = 0;
-    test::Repeat(400, 17, [&converged](Random& random) {
+    test::Repeat(test::Cases(400), 17, [&converged](Random& random) {
         const Fixture fixture = test::RandomMachine(random);
         IkStream& stream = *fixture.stream;
         IkEndState target = test::RandomTarget(fixture, random);

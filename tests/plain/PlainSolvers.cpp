@@ -127,6 +127,8 @@ bool AreSame(const States& a, const States& b)
     return areSame;
 }
 
+} // namespace
+
 void RejectDuplicates(std::vector<Sample>& samples)
 {
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -137,8 +139,6 @@ void RejectDuplicates(std::vector<Sample>& samples)
         }
     }
 }
-
-} // namespace
 
 bool PseudoInverseSolver::SetStart(const States& states)
 {

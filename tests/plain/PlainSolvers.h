@@ -46,6 +46,9 @@ struct Sample
     double error{0.0}; // [length^2] plus [deg^2]
 };
 
+/// Rejects every sample whose result is that of an earlier one that is not rejected.
+void RejectDuplicates(std::vector<Sample>& samples);
+
 /// IkSolverHybrid.
 class HybridSolver
 {

@@ -1,5 +1,6 @@
 #include "plain/PlainStages.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace plain
@@ -68,6 +69,23 @@ bool IsRotaryFree(const Fields& fields, int k)
 {
     const int index = fields.freeIndices[static_cast<std::size_t>(k)];
     return fields.rotaryFlags[static_cast<std::size_t>(index)];
+}
+
+void LockJointsLeavingBounds(Fields& fields, const Array& step)
+{
+    for (int i = 0; i < fields.states.Size() && i < step.dim1() && step.dim2() > 0; ++i) {
+        const auto index = static_cast<std::size_t>(i);
+        const IkJoint* joint = fields.states.Joint(i);
+        if (joint == nullptr || fields.lockedFlags[index] || std::fabs(step[i][0]) < 1e-10) {
+            continue;
+        }
+        const double x = fields.states.Value(i) + step[i][0];
+        if (x < joint->GetLowBound() || x > joint->GetHiBound()) {
+            fields.lockedFlags[index] = true;
+            std::vector<int>& free = fields.freeIndices;
+            free.erase(std::remove(free.begin(), free.end(), i), free.end());
+        }
+    }
 }
 
 double Objective(const EndState& current, const EndState& target, double directionTolerance)

@@ -25,6 +25,9 @@ Fields Initialize(const IkStream& stream, const States& start, bool lockRotary);
 
 bool IsRotaryFree(const Fields& fields, int k);
 
+/// JointClampSearch: locks the free joints that the step, a column, would take out of their bounds.
+void LockJointsLeavingBounds(Fields& fields, const Array& step);
+
 constexpr double kStreamDirectionTolerance = 1.523e-10; // of a cosine
 constexpr double kSolverDirectionTolerance = 1.53e-10;
 

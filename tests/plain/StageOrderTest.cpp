@@ -174,6 +174,89 @@ struct WithDecomposition : Base
 template <class Base>
 using WithAll = WithInitialize<WithObjective<WithJacobian<WithStep<WithDecomposition<Base>>>>>;
 
+/// What a stage may do to the machine and to the solver's own fields while it is at it.
+struct Meddling
+{
+    bool clamps{false};
+    bool movesStates{false};
+    bool movesBounds{false};
+    bool movesFrames{false};
+    bool turnsJoints{false};
+
+    void Change(const std::vector<IkJoint*>& joints) const
+    {
+        for (IkJoint* joint : joints) {
+            if (movesBounds) {
+                joint->SetBounds(joint->GetLowBound(), joint->GetHiBound() - 0.5);
+            }
+            if (movesFrames) {
+                IkXformMat frame = joint->GetOrigFrame();
+                frame.TranslateThis(0.25, 0, 0);
+                joint->SetOrigFrame(frame);
+            }
+            if (turnsJoints) {
+                joint->SetDirectionReversed(!joint->IsDirectionReversed());
+                joint->SetInitialValue(joint->GetInitialValue() + 0.125);
+            }
+        }
+    }
+};
+
+/// Keeps what meddling changes of joints, and brings it back.
+class Kept
+{
+  public:
+    explicit Kept(std::vector<IkJoint*> ofJoints) : joints(std::move(ofJoints))
+    {
+        for (const IkJoint* joint : joints) {
+            kept.push_back({joint->GetLowBound(), joint->GetHiBound(), joint->GetInitialValue(),
+                            joint->IsDirectionReversed(), joint->GetOrigFrame()});
+        }
+    }
+    void BringBack() const
+    {
+        for (std::size_t i = 0; i < joints.size(); ++i) {
+            joints[i]->SetBounds(kept[i].low, kept[i].high);
+            joints[i]->SetInitialValue(kept[i].initialValue);
+            joints[i]->SetDirectionReversed(kept[i].isReversed);
+            joints[i]->SetOrigFrame(kept[i].frame);
+        }
+    }
+
+  private:
+    struct Description
+    {
+        double low;
+        double high;
+        double initialValue;
+        bool isReversed;
+        IkXformMat frame;
+    };
+    std::vector<IkJoint*> joints;
+    std::vector<Description> kept;
+};
+
+/// Meddles when it is asked for a step.
+struct MeddlingSolver : IkSolverPsuedoInverse
+{
+    using IkSolverPsuedoInverse::IkSolverPsuedoInverse;
+    Array CalcDTheta(const IkEndState& target, const IkEndState& current, Array& jacobian) override
+    {
+        Array step = IkSolverPsuedoInverse::CalcDTheta(target, current, jacobian);
+        if (meddling.clamps) {
+            JointClampSearch(step);
+        }
+        if (meddling.movesStates && SolverJtStates.Size() > 0) {
+            IkJtState& state = SolverJtStates.GetState(SolverJtStates.Size() - 1);
+            state.SetValue(0.75 * state.GetValue());
+        }
+        meddling.Change(joints);
+        return step;
+    }
+    Meddling meddling;
+    std::vector<IkJoint*> joints;
+};
+
 /// The iteration of the plain formulation with these stages overridden.
 class Expected
 {
@@ -211,6 +294,8 @@ class Expected
     bool moves{true}; // a plain IkSolver takes no steps
     plain::Fields fields;
     double error{0.0};
+    Meddling meddling;
+    std::vector<IkJoint*> joints;
 
   private:
     void Note(Stage stage, std::initializer_list<test::Words> values) const
@@ -239,8 +324,7 @@ class Expected
         return (stages & kJacobian) != 0 ? Times(watch.jacobianFactor, jacobian) : jacobian;
     }
 
-    Array Step(const plain::EndState& target, const plain::EndState& working,
-               const Array& jacobian) const
+    Array Step(const plain::EndState& target, const plain::EndState& working, const Array& jacobian)
     {
         Note(kStep, {ValuesOf(fields.states), NumbersOfEndState(target), NumbersOfEndState(working),
                      NumbersOf(jacobian)});
@@ -252,7 +336,20 @@ class Expected
         const Array v = svd.v.dim1() > 0 ? svd.v : Array(jacobian.dim2(), 0);
         Note(kDecomposition, {NumbersOf(jacobian), NumbersOfDecomposition(u, v, svd.s, svd.rank)});
         const Array step = plain::PseudoInversePartialStep(fields, target, working, jacobian);
+        Meddle(step);
         return (stages & kStep) != 0 ? Times(watch.stepFactor, step) : step;
+    }
+
+    void Meddle(const Array& step)
+    {
+        if (meddling.clamps) {
+            plain::LockJointsLeavingBounds(fields, step);
+        }
+        if (meddling.movesStates && fields.states.Size() > 0) {
+            const int last = fields.states.Size() - 1;
+            fields.states.SetValue(last, 0.75 * fields.states.Value(last));
+        }
+        meddling.Change(joints);
     }
 
     const IkStream& stream;
@@ -313,7 +410,56 @@ void ExpectStages(unsigned stages, std::uint64_t seed)
     EXPECT_GT(counts.failed, 0);
 }
 
+void ExpectPlainMeddling(Random& random, Counts& counts)
+{
+    const UnusualMachine machine = test::MakeUnusualMachine(random);
+    IkStream& stream = *machine.stream;
+    IkEndState target = test::UnusualTarget(machine, random);
+    MeddlingSolver solver(&stream);
+    solver.meddling.clamps = random.OneIn(2);
+    solver.meddling.movesStates = random.OneIn(4);
+    solver.meddling.movesBounds = random.OneIn(3);
+    solver.meddling.movesFrames = random.OneIn(3);
+    solver.meddling.turnsJoints = random.OneIn(4);
+    solver.joints = machine.joints;
+    solver.SetMaxIterations(random.Below(15));
+    Expected expected(stream, Watch(), 0);
+    expected.lastPass = solver.GetMaxIterations();
+    expected.meddling = solver.meddling;
+    expected.joints = machine.joints;
+    const Kept kept(machine.joints);
+    const auto limits = static_cast<IkJoint::JointLimitTypes>(random.Below(4));
+    IkJtStateVector result;
+    plain::States plainResult;
+    bool isSolved = false;
+    bool isExpected = false;
+    RunBoth(
+        machine,
+        [&] {
+            isSolved = solver.SolveIK(target, result, false, limits, false);
+            kept.BringBack();
+        },
+        [&] {
+            isExpected = expected.SolveIK(target, plainResult, false, limits, false);
+            kept.BringBack();
+        });
+    EXPECT_EQ(isSolved, isExpected);
+    EXPECT_EQ(test::StatesOf(result), test::StatesOf(plainResult));
+    EXPECT_EQ(NumberBits(solver.GetCurErrorval()), NumberBits(expected.error));
+    test::ExpectFields(solver, expected.fields);
+    ++(isExpected ? counts.solved : counts.failed);
+}
+
 } // namespace
+
+TEST(StageOrder, OfAStepThatMeddles)
+{
+    Counts counts;
+    test::Repeat(test::Cases(1500), 47,
+                 [&](Random& random) { ExpectPlainMeddling(random, counts); });
+    EXPECT_GT(counts.solved, 0);
+    EXPECT_GT(counts.failed, 0);
+}
 
 TEST(StageOrder, OfInitialize)
 {

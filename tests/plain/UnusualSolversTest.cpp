@@ -242,3 +242,29 @@ TEST(UnusualMachines, HybridSolves)
     EXPECT_GT(failed, 0);
     EXPECT_GE(most, 16U); // two joints sampled, or three
 }
+
+TEST(UnusualMachines, DuplicateSamples)
+{
+    int differing = 0;
+    test::Repeat(test::Cases(2000), 39, [&differing](Random& random) {
+        const UnusualMachine machine = test::MakeUnusualMachine(random);
+        std::vector<IkSolverSampleItem> samples(static_cast<std::size_t>(random.Below(8)));
+        std::vector<plain::Sample> expected;
+        for (IkSolverSampleItem& sample : samples) {
+            sample.resultStates = machine.stream->GetJointStates();
+            for (int i = 0; i < sample.resultStates.Size(); ++i) { // closer than 0.1 or not
+                sample.resultStates.GetState(i).SetValue(
+                    test::UnusualNumber(0.0625 * random.Below(3), random));
+            }
+            sample.rejected = random.OneIn(4);
+            expected.push_back({{}, sample.resultStates, sample.rejected, 0.0});
+        }
+        IkSolverHybrid(machine.stream.get()).EliminateDuplicates(samples);
+        plain::RejectDuplicates(expected);
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            EXPECT_EQ(samples[i].rejected, expected[i].rejected);
+            differing += samples[i].rejected ? 0 : 1;
+        }
+    });
+    EXPECT_GT(differing, 0);
+}

@@ -112,6 +112,31 @@ bool ExpectPlainFullJacobian(const Pass& pass, Array& jacobian)
     return isMade;
 }
 
+test::Words ValuesOf(const TNT::Array1D<double>& values)
+{
+    test::Words words;
+    for (int i = 0; i < values.dim(); ++i) {
+        words.push_back(NumberBits(values[i]));
+    }
+    return words;
+}
+
+void ExpectPlainDecomposition(const Pass& pass, Array& jacobian)
+{
+    Array u;
+    Array v;
+    TNT::Array1D<double> s;
+    int rank = -1;
+    pass.stream.SafeSVDCalc(jacobian, u, v, s, rank);
+    const plain::Svd expected = plain::Decompose(jacobian);
+    EXPECT_EQ(rank, expected.rank);
+    if (rank > 0) {
+        EXPECT_EQ(NumbersOf(u), NumbersOf(expected.u));
+        EXPECT_EQ(NumbersOf(v), NumbersOf(expected.v));
+    }
+    EXPECT_EQ(ValuesOf(s), ValuesOf(expected.s));
+}
+
 void ExpectPlainPartialSteps(const Pass& pass, Array& jacobian)
 {
     IkStream& stream = pass.stream;
@@ -137,6 +162,15 @@ void ExpectPlainFullSteps(const Pass& pass, Array& jacobian)
               NumbersOf(plain::DampedStep(stream, target, current, jacobian)));
 }
 
+void Scale(Array& matrix, int exponent)
+{
+    for (int i = 0; i < matrix.dim1(); ++i) {
+        for (int j = 0; j < matrix.dim2(); ++j) {
+            matrix[i][j] = std::ldexp(matrix[i][j], exponent);
+        }
+    }
+}
+
 /// Of the same shape: with singular values at the cut-off and about it, with repeated columns, or
 /// with entries from one end of the range of doubles to the other.
 Array UnusualJacobian(const Array& like, Random& random)
@@ -154,6 +188,9 @@ Array UnusualJacobian(const Array& like, Random& random)
     for (int i = 0; isDiagonal && i < std::min(jacobian.dim1(), jacobian.dim2()); ++i) {
         jacobian[i][i] = random.OneOf(
             {1e-10, std::nextafter(1e-10, 0.0), std::nextafter(1e-10, 1.0), 1.0, 3.0, 0.0});
+    }
+    if (random.OneIn(3)) {
+        Scale(jacobian, static_cast<int>(random.OneOf({-1060.0, -1000.0, -940.0, 930.0, 980.0})));
     }
     const int last = jacobian.dim2() - 1;
     const bool repeats = last > 0 && random.OneIn(4);
@@ -188,6 +225,7 @@ TEST(UnusualMachines, Stages)
         ExpectPlainPartialJacobian(pass, 1, jacobian);
         ExpectPlainPartialSteps(pass, jacobian);
         Array unusual = UnusualJacobian(jacobian, random);
+        ExpectPlainDecomposition(pass, unusual);
         ExpectPlainPartialSteps(pass, unusual);
         if (ExpectPlainFullJacobian(pass, jacobian)) {
             ExpectPlainFullSteps(pass, jacobian);

@@ -20,6 +20,7 @@ class HostNode
 {
   public:
     virtual ~HostNode() = default;
+    virtual void Begin() {}   //!< looks at its leader before anything is asked
     virtual void Restart() {} //!< forgets what it has been asked so far
     virtual bool ChangesStates() const { return false; }
 
@@ -150,6 +151,58 @@ class Drifting : public Base, public HostNode
 
   private:
     int asked{0};
+};
+
+/// Changes what its leader is like each time that it is asked.
+template <class Base>
+class Meddler : public Base, public HostNode
+{
+  public:
+    using Base::GetXformMat;
+    IkXformMat GetXformMat(IkJtStateVector& states) override
+    {
+        NoteStates(states);
+        if (leader != nullptr) {
+            const double change = ++asked * 0x1p-10;
+            switch (asked % 3) {
+            case 0:
+                leader->SetInitialValue(initialValue + change);
+                break;
+            case 1:
+                leader->SetBounds(low, high - change);
+                break;
+            default:
+                leader->SetOrigFrame(IkXformMat::Translate(change, 0, 0));
+                break;
+            }
+        }
+        return Base::GetXformMat(states);
+    }
+    void Begin() override
+    {
+        if (leader != nullptr) {
+            initialValue = leader->GetInitialValue();
+            low = leader->GetLowBound();
+            high = leader->GetHiBound();
+            frame = leader->GetOrigFrame();
+        }
+    }
+    void Restart() override
+    {
+        if (leader != nullptr) {
+            leader->SetInitialValue(initialValue);
+            leader->SetBounds(low, high);
+            leader->SetOrigFrame(frame);
+        }
+        asked = 0;
+    }
+
+  private:
+    int asked{0};
+    double initialValue{0.0};
+    double low{0.0};
+    double high{0.0};
+    IkXformMat frame;
 };
 
 /// Answers with a matrix that is no 4x4 transform.

@@ -35,11 +35,16 @@ std::unique_ptr<IkNode> MakeHost(UnusualMachine& machine)
     return node;
 }
 
+enum class Class { Library, Host, Meddler };
+
 template <class Base>
-std::unique_ptr<IkNode> MakeNode(UnusualMachine& machine, bool isHosts, Random& random)
+std::unique_ptr<IkNode> MakeNode(UnusualMachine& machine, Class ofNode, Random& random)
 {
-    if (!isHosts) {
+    if (ofNode == Class::Library) {
         return std::make_unique<Base>();
+    }
+    if (ofNode == Class::Meddler) {
+        return MakeHost<Meddler, Base>(machine);
     }
     switch (random.Below(14)) {
     case 0:
@@ -76,6 +81,7 @@ struct Character
           hasExtremes(random.OneIn(4)), mostJoints(random.OneIn(8) ? 20 : 8)
     {}
 
+    bool hasMeddlers{false};
     bool hasHostNodes;
     bool hasUnusualFrames;
     bool hasExtremes;
@@ -89,13 +95,17 @@ class Maker
         : machine(made), random(ofRandom), character(ofRandom)
     {}
 
-    void Make()
+    void Make(bool withMeddlers)
     {
+        character.hasMeddlers = withMeddlers;
         machine.log = std::make_unique<CallLog>();
         machine.stream = std::make_unique<IkStream>();
         Grow();
         for (HostNode* host : machine.hosts) {
             host->leader = machine.joints.empty() || random.OneIn(10) ? nullptr : AnyJoint();
+        }
+        for (HostNode* host : machine.hosts) {
+            host->Begin();
         }
         const int count = random.OneIn(4) ? random.Below(4) : 2;
         for (int i = 0; i < count; ++i) {
@@ -155,13 +165,19 @@ class Maker
         return machine.nodes.back().get();
     }
 
-    bool IsHosts() { return character.hasHostNodes && random.OneIn(4); }
+    Class AnyClass()
+    {
+        if (character.hasMeddlers && random.OneIn(4)) {
+            return Class::Meddler;
+        }
+        return character.hasHostNodes && random.OneIn(4) ? Class::Host : Class::Library;
+    }
 
     std::unique_ptr<IkNode> MakeBody()
     {
-        const bool isHosts = IsHosts();
-        std::unique_ptr<IkNode> body = random.OneIn(6) ? MakeNode<IkNode>(machine, isHosts, random)
-                                                       : MakeNode<IkBody>(machine, isHosts, random);
+        const Class ofNode = AnyClass();
+        std::unique_ptr<IkNode> body = random.OneIn(6) ? MakeNode<IkNode>(machine, ofNode, random)
+                                                       : MakeNode<IkBody>(machine, ofNode, random);
         body->SetOrigFrame(random.OneIn(3) ? IkXformMat() : Frame(300));
         body->SetWorldFrame(Frame(300));
         return body;
@@ -169,15 +185,15 @@ class Maker
 
     void AddJoint()
     {
-        const bool isHosts = IsHosts();
+        const Class ofNode = AnyClass();
         const bool isRotary = random.OneIn(2);
         std::unique_ptr<IkNode> node;
         if (random.OneIn(12)) {
-            node = MakeNode<IkJoint>(machine, isHosts, random);
+            node = MakeNode<IkJoint>(machine, ofNode, random);
         } else if (isRotary) {
-            node = MakeNode<IkJtRot>(machine, isHosts, random);
+            node = MakeNode<IkJtRot>(machine, ofNode, random);
         } else {
-            node = MakeNode<IkJtPrism>(machine, isHosts, random);
+            node = MakeNode<IkJtPrism>(machine, ofNode, random);
         }
         auto* joint = dynamic_cast<IkJoint*>(Add(std::move(node), Parent()));
         machine.joints.push_back(joint);
@@ -315,7 +331,14 @@ void UnusualMachine::SetJointValues(const std::vector<double>& values) const
 UnusualMachine MakeUnusualMachine(Random& random)
 {
     UnusualMachine machine;
-    Maker(machine, random).Make();
+    Maker(machine, random).Make(false);
+    return machine;
+}
+
+UnusualMachine MakeMeddlingMachine(Random& random)
+{
+    UnusualMachine machine;
+    Maker(machine, random).Make(true);
     return machine;
 }
 

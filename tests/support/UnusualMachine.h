@@ -32,6 +32,8 @@ struct UnusualMachine
 };
 
 UnusualMachine MakeUnusualMachine(Random& random);
+/// With nodes that change what other nodes are like whenever they are asked.
+UnusualMachine MakeMeddlingMachine(Random& random);
 
 /// Up to `most` states of some of the machine's joints and of others, some twice, some without
 /// joint; now and then one has been deleted.
