@@ -59,6 +59,8 @@ class IK_API IkEndState
     void TraceDump(const wchar_t* label) const;
 
   private:
+    friend struct trunnion::DirectAccess;
+
     std::array<bool, 4> filter{false, false, true, true};
     IkXformMat pose;
 };

@@ -85,6 +85,8 @@ class IK_API IkJoint : public IkNode
     double Displacement(const double* value) const;
 
   private:
+    friend struct trunnion::DirectAccess;
+
     void Initialize();
 
     bool locked{false};

@@ -10,8 +10,8 @@
 #define TRUNNION_IK_JT_STATE_H
 
 #include <iostream>
-#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <tnt/tnt_array1d.h>
@@ -129,8 +129,12 @@ class IK_API IkJtStateVector
     void TraceDump(const wchar_t* label) const;
 
   private:
+    using JointIndex = std::pair<const IkJoint*, int>;
+
+    std::vector<JointIndex>::const_iterator FindIndex(const IkJoint* joint) const;
+
     std::vector<IkJtState> states;
-    std::map<const IkJoint*, int> jointIndex;
+    std::vector<JointIndex> jointIndex; // ascending by joint
 };
 
 #endif

@@ -17,6 +17,11 @@
 
 class IkJtStateVector;
 
+namespace trunnion
+{
+struct DirectAccess;
+}
+
 /// What bodies and joints have in common: identity, frames, place in the tree, and an opaque
 /// pointer that leads back to the host's own object. Copies are shallow: they list the same
 /// children.
@@ -82,6 +87,8 @@ class IK_API IkNode
     bool operator<(const IkNode& other) const;
 
   private:
+    friend struct trunnion::DirectAccess;
+
     template <class Matches>
     IkNode* Search(const Matches& matches, std::vector<IkNode*>* path);
 

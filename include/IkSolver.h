@@ -93,6 +93,9 @@ class IK_API IkSolver
     double convergenceTolerance{1e-12}; // [length^2] plus [deg^2]
     double curErrorValue{0.0};
     IkJtStateVector* startStates{nullptr};
+
+  private:
+    class VirtualStages;
 };
 
 /// The solver with a step: the truncated pseudo-inverse over the free joints, rotary steps limited

@@ -4,9 +4,8 @@
 //   unless it first calls SetHasPartSpaceMatrix(false, ...): the destructor must not touch the
 //   chain, which may be gone by then. A copy shares the chains, and with them the original's body.
 // - What a solve may touch: the tree is the description, the stream is scratch. SolveIK reads
-// joints
-//   and locks, works on the stream's own fields and returns the answer; the joints change only when
-//   the host commits it (IkJtStateVector::CommitValuesToJoints, or SolveFK with commit).
+//   joints and locks, works on the stream's own fields and returns the answer; the joints change
+//   only when the host commits it (IkJtStateVector::CommitValuesToJoints, or SolveFK with commit).
 // - Frames: base_to_tool and base_to_part are the chains' transforms; the tool pose is
 //   part_to_tool = inverse(base_to_part) * base_to_tool.
 // - Units: [length] and [rad]; the objective counts degrees.
@@ -30,8 +29,9 @@
 
 namespace trunnion
 {
-class StreamStages;
-}
+class KinematicLoop;
+struct SolveFields;
+} // namespace trunnion
 
 /// One tool-side chain (added first) and one part-side chain (added second), both from the base
 /// node.
@@ -133,11 +133,15 @@ class IK_API IkStream
     void SolverStatusTraceDump();
 
   private:
-    friend class trunnion::StreamStages;
+    friend class trunnion::KinematicLoop;
 
     void SetUpPartSpace();
     void AlignPartSpaceTail();
+    const IkNode* FixedPartTip() const;
+    IkXformMat PoseByNodes(IkJtStateVector& states, IkXformMat* partOut, IkXformMat* toolOut,
+                           bool toolOnly) const;
 
+    trunnion::SolveFields Fields();
     void InitializeIkSolver(bool lockRotary);
     bool ObjectiveFcn(const IkEndState& current, const IkEndState& target,
                       std::vector<double>& components, double& error);

@@ -4,6 +4,7 @@
 
 #include "geometry/Compose.h"
 #include "geometry/Trace.h"
+#include "machine/SolveFields.h"
 #include "model/Indexing.h"
 
 using trunnion::IsInRange;
@@ -159,9 +160,7 @@ IkChain IkStream::SetBoundNodes(int /*index*/)
 IkJtStateVector IkStream::GetJointStates() const
 {
     IkJtStateVector states;
-    for (const IkChain* chain : Chains) {
-        states += chain->GetJointStates();
-    }
+    trunnion::CollectJointStates(*this, states);
     return states;
 }
 

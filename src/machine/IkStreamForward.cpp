@@ -3,8 +3,18 @@
 #include "IkStream.h"
 #include "geometry/Compose.h"
 #include "geometry/Trace.h"
+#include "machine/KinematicLoop.h"
+#include "model/DirectAccess.h"
 
 using trunnion::Compose;
+
+const IkNode* IkStream::FixedPartTip() const
+{
+    if (!HasPartSpaceMatrix || !PartSpaceFixed || Chains.size() < 2) {
+        return nullptr;
+    }
+    return Chains[1]->GetAt(Chains[1]->Size() - 1);
+}
 
 IkEndState IkStream::SolveFK(IkJtStateVector& states, bool commit, IkXformMat* partOut,
                              IkXformMat* toolOut, bool toolOnly)
@@ -16,8 +26,23 @@ IkEndState IkStream::SolveFK(IkJtStateVector& states, bool commit, IkXformMat* p
     if (commit) {
         states.CommitValuesToJoints();
     }
-    const bool isTraced = trunnion::Tracing().streamForwardKinematics;
+    trunnion::KinematicLoop loop(*this, toolOnly);
+    if (partOut == nullptr && toolOut == nullptr && loop.Settle(states)) {
+        trunnion::Affine pose; // NOLINT(*-member-init)
+        if (loop.TryPose(states, pose)) {
+            trunnion::DirectAccess::SetPose(result, pose.e);
+            return result;
+        }
+    }
+    result.SetCompleteState(PoseByNodes(states, partOut, toolOut, toolOnly));
+    return result;
+}
 
+/// The pose with every node asked for its transform.
+IkXformMat IkStream::PoseByNodes(IkJtStateVector& states, IkXformMat* partOut, IkXformMat* toolOut,
+                                 bool toolOnly) const
+{
+    const bool isTraced = trunnion::Tracing().streamForwardKinematics;
     const IkXformMat baseToTool = Chains[0]->GetXformMat(states);
     if (toolOut != nullptr) {
         *toolOut = baseToTool;
@@ -32,10 +57,9 @@ IkEndState IkStream::SolveFK(IkJtStateVector& states, bool commit, IkXformMat* p
         pose = baseToTool;
     } else {
         const IkChain& partChain = *Chains[1];
-        const IkNode* partTip = partChain.GetAt(partChain.Size() - 1);
-        const bool isFixed = HasPartSpaceMatrix && PartSpaceFixed && partTip != nullptr;
+        const IkNode* fixedTip = FixedPartTip();
         const IkXformMat baseToPart =
-            isFixed ? partTip->GetWorldFrame() : partChain.GetXformMat(states);
+            fixedTip != nullptr ? fixedTip->GetWorldFrame() : partChain.GetXformMat(states);
         if (isTraced) {
             partChain.TraceDump(L"FK_PRT_CHAIN>>");
             baseToPart.TraceDump(L"FK_PART>>");
@@ -53,11 +77,10 @@ IkEndState IkStream::SolveFK(IkJtStateVector& states, bool commit, IkXformMat* p
             }
         }
     }
-    result.SetCompleteState(pose);
     if (isTraced) {
         pose.TraceDump(L"Tool_WRT_PartCS>>");
     }
-    return result;
+    return pose;
 }
 
 IkEndState IkStream::SolveFK(bool toolOnly)

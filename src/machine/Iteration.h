@@ -1,52 +1,45 @@
 #ifndef TRUNNION_MACHINE_ITERATION_H
 #define TRUNNION_MACHINE_ITERATION_H
 
-#include "IkEndState.h"
+#include <vector>
+
 #include "IkJtState.h"
 
 namespace trunnion
 {
 
 /// The last step goes unlimited; `result` then lists the joints that it left outside their bounds.
-inline void ApplyLastStep(IkJtStateVector& states, TNT::Array2D<double>& step,
-                          IkJtStateVector& result)
+template <class Stages>
+void TakeLastStep(Stages& stages, IkJtStateVector& result)
 {
     result.Reset();
-    states.AppendValues(step, false);
+    stages.TakeStep(false);
     std::vector<int> outside;
-    states.GetOutOfBoundIndices(outside);
+    stages.States().GetOutOfBoundIndices(outside);
     for (const int index : outside) {
-        result.AddState(states.GetState(index));
+        result.AddState(stages.States().GetState(index));
     }
 }
 
 /// The iteration of every solve. A pass evaluates the pose, measures it, and unless it is good
 /// enough takes a step; passes before the last one respect the joints' ranges.
 ///
-/// `Stages` supplies what differs between a stream and a solver object: the working states, the
-/// stages of a pass, the tolerance, and the number of the last pass, which is read afresh each
-/// time.
+/// `Stages` supplies what differs: the working states, the stages of a pass, the tolerance, and the
+/// number of the last pass, which is read afresh each time.
 template <class Stages>
-bool Iterate(Stages& stages, IkEndState& target, IkJtStateVector& result,
-             IkJoint::JointLimitTypes limitType)
+bool Iterate(Stages& stages, IkJtStateVector& result, IkJoint::JointLimitTypes limitType)
 {
-    // Outlive a pass: a stage that computes nothing leaves the previous one's result in force.
-    TNT::Array2D<double> jacobian;
-    TNT::Array2D<double> step;
     for (int pass = 0; pass <= stages.LastPass(); ++pass) {
-        IkEndState working = stages.ForwardKinematics();
-        working.CopyFilter(target);
-        const double error = stages.Objective(working, target);
-        if (error <= stages.Tolerance()) {
+        if (stages.Error() <= stages.Tolerance()) {
             result = stages.States();
             return true;
         }
-        stages.Jacobian(working, jacobian, pass);
-        stages.Step(target, working, jacobian, step);
+        stages.Jacobian(pass);
+        stages.Step();
         if (pass < stages.LastPass()) {
-            stages.States().AppendValues(step, limitType);
+            stages.TakeStep(limitType);
         } else if (pass == stages.LastPass()) {
-            ApplyLastStep(stages.States(), step, result);
+            TakeLastStep(stages, result);
         }
     }
     return false;

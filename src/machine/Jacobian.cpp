@@ -4,6 +4,7 @@
 
 #include "IkStream.h"
 #include "geometry/Angles.h"
+#include "machine/Arrays.h"
 #include "model/Indexing.h"
 
 namespace trunnion
@@ -16,9 +17,8 @@ constexpr double kLinearPerturbation = 0.1; // [length]
 
 /// Fills one column with the derivative after the state `index` of `states`, which holds its value
 /// again afterwards.
-void DifferentiateColumn(IkStream& stream, IkJtStateVector& states, int index, bool isRotary,
-                         const IkEndState& reference, bool toolOnly, TNT::Array2D<double>& jacobian,
-                         int column)
+void DifferentiateColumn(KinematicLoop& loop, IkJtStateVector& states, int index, bool isRotary,
+                         const Reference& reference, JointMatrix& jacobian, int column)
 {
     IkJtState& state = states.GetState(index);
     const double value = state.GetValue();
@@ -27,24 +27,38 @@ void DifferentiateColumn(IkStream& stream, IkJtStateVector& states, int index, b
         d = -d; // the lower bound is not asked
     }
     state.SetValue(value + d);
-    IkEndState perturbed = stream.SolveFK(states, false, nullptr, nullptr, toolOnly);
+    Affine pose; // NOLINT(*-member-init)
+    loop.PoseMoved(states, index, pose);
     state.SetValue(value);
 
-    perturbed.CopyFilter(reference);
-    const TNT::Array1D<double> difference = perturbed.Diff(reference);
-    for (int row = 0; row < jacobian.dim1(); ++row) {
-        const double quotient = difference[row] / d;
+    EndVector moved; // NOLINT(*-member-init)
+    ToEndVector(pose.e, reference.filter, moved);
+    for (int row = 0; row < jacobian.Rows(); ++row) {
+        const double quotient = (moved.e[row] - reference.vector.e[row]) / d;
         jacobian[row][column] = std::fabs(quotient) > kTinyValue ? quotient : 0.0; // NaN gives 0
     }
 }
 
 } // namespace
 
-bool FullJacobian(IkStream& stream, const IkEndState& reference, TNT::Array2D<double>& jacobian,
+Reference ReferenceOf(const IkEndState& state)
+{
+    Reference reference; // NOLINT(*-member-init)
+    reference.filter = FilterOf(state);
+    ToEndVector(state, reference.vector);
+    return reference;
+}
+
+bool FullJacobian(IkStream& stream, const Reference& reference, JointMatrix& jacobian,
                   bool toolOnly)
 {
     IkJtStateVector states = stream.GetJointStates();
-    TNT::Array2D<double> built(reference.VectSize(), states.Size(), 0.0);
+    KinematicLoop loop(stream, toolOnly);
+    loop.Settle(states);
+    loop.Prepare(states);
+    JointMatrix built;
+    built.Resize(reference.vector.size, states.Size());
+    built.Fill(0.0);
     for (int j = 0; j < states.Size(); ++j) {
         IkJoint* joint = states.GetState(j).GetJoint();
         bool isLocked = true; // a state without joint cannot be moved
@@ -52,27 +66,39 @@ bool FullJacobian(IkStream& stream, const IkEndState& reference, TNT::Array2D<do
             return false;
         }
         if (!isLocked) {
-            DifferentiateColumn(stream, states, j, joint->IsRotary(), reference, toolOnly, built,
-                                j);
+            DifferentiateColumn(loop, states, j, joint->IsRotary(), reference, built, j);
         }
     }
-    jacobian = built;
+    jacobian.Assign(built);
     return true;
 }
 
-void PartialJacobian(IkStream& stream, const SolveFields& fields, const IkEndState& reference,
-                     TNT::Array2D<double>& jacobian, bool includeRotary, bool toolOnly)
+void PartialJacobian(KinematicLoop& loop, const SolveFields& fields, const Reference& reference,
+                     JointMatrix& jacobian, bool includeRotary)
 {
-    IkJtStateVector states = fields.states;
-    TNT::Array2D<double> built(reference.VectSize(), Count(fields.freeIndices), 0.0);
+    // Nodes that are asked may see the vector: they get a copy to look at.
+    IkJtStateVector copy;
+    IkJtStateVector& states = loop.IsSettled() ? fields.states : (copy = fields.states);
+    jacobian.Resize(reference.vector.size, Count(fields.freeIndices));
+    jacobian.Fill(0.0);
     for (int k = 0; k < Count(fields.freeIndices); ++k) {
         const int index = fields.freeIndices[ToIndex(k)];
         const bool isRotary = fields.rotaryFlags[ToIndex(index)];
         if (includeRotary || !isRotary) {
-            DifferentiateColumn(stream, states, index, isRotary, reference, toolOnly, built, k);
+            DifferentiateColumn(loop, states, index, isRotary, reference, jacobian, k);
         }
     }
-    jacobian = built;
+}
+
+TNT::Array2D<double> PartialJacobian(IkStream& stream, const SolveFields& fields,
+                                     const IkEndState& reference, bool includeRotary, bool toolOnly)
+{
+    KinematicLoop loop(stream, toolOnly);
+    loop.Settle(fields.states);
+    loop.Prepare(fields.states);
+    JointMatrix jacobian;
+    PartialJacobian(loop, fields, ReferenceOf(reference), jacobian, includeRotary);
+    return ToArray(jacobian);
 }
 
 } // namespace trunnion

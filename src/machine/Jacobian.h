@@ -1,10 +1,10 @@
 #ifndef TRUNNION_MACHINE_JACOBIAN_H
 #define TRUNNION_MACHINE_JACOBIAN_H
 
-#include "IkEndState.h"
+#include "geometry/SmallMatrix.h"
+#include "machine/KinematicLoop.h"
 #include "machine/SolveFields.h"
-
-class IkStream;
+#include "model/EndVector.h"
 
 // Jacobians by one-sided differences through the stream's own forward kinematics. Rows follow the
 // reference's end-state vector, entries are per [length] or per [rad]. A joint is moved up by 0.1
@@ -12,14 +12,29 @@ class IkStream;
 namespace trunnion
 {
 
+/// Where the differences start from: an end-state vector and the filter that selected it.
+struct Reference
+{
+    EndVector vector;
+    Filter filter;
+};
+
+Reference ReferenceOf(const IkEndState& state);
+
 /// One column a joint of the stream, at the joints' current values; locked joints give zeros.
 /// False, with `jacobian` untouched, when an unlocked joint is unknown to the stream's local locks.
-bool FullJacobian(IkStream& stream, const IkEndState& reference, TNT::Array2D<double>& jacobian,
+bool FullJacobian(IkStream& stream, const Reference& reference, JointMatrix& jacobian,
                   bool toolOnly);
 
 /// One column a free joint, at the working values; rotary ones are zero without `includeRotary`.
-void PartialJacobian(IkStream& stream, const SolveFields& fields, const IkEndState& reference,
-                     TNT::Array2D<double>& jacobian, bool includeRotary, bool toolOnly);
+/// `loop` is prepared for the working values.
+void PartialJacobian(KinematicLoop& loop, const SolveFields& fields, const Reference& reference,
+                     JointMatrix& jacobian, bool includeRotary);
+
+/// The same as one call, in an array.
+TNT::Array2D<double> PartialJacobian(IkStream& stream, const SolveFields& fields,
+                                     const IkEndState& reference, bool includeRotary,
+                                     bool toolOnly);
 
 } // namespace trunnion
 

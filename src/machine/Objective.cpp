@@ -1,6 +1,5 @@
 #include "machine/Objective.h"
 
-#include <array>
 #include <cmath>
 
 #include "geometry/Angles.h"
@@ -24,30 +23,38 @@ double AngleInDegrees(double cosine, double directionTolerance)
 
 } // namespace
 
-double PoseError(const IkEndState& current, const IkEndState& target, double directionTolerance)
+double PoseError(const EndVector& current, const EndVector& target, bool hasPosition,
+                 double directionTolerance)
 {
-    const TNT::Array1D<double> difference = target.Diff(current);
-    const TNT::Array1D<double> wanted = target.GetVector();
-    const TNT::Array1D<double> reached = current.GetVector();
-    std::array<bool, 4> filter{};
-    target.GetFilter(filter.data());
-
     double error = 0.0;
     int entry = 0;
-    if (filter[3]) {
+    if (hasPosition) {
         for (; entry < 3; ++entry) {
-            error += difference[entry] * difference[entry];
+            const double difference = target.e[entry] - current.e[entry];
+            error += difference * difference;
         }
     }
-    for (; entry < wanted.dim(); entry += 3) {
+    for (; entry < target.size; entry += 3) {
         double cosine = 0.0;
         for (int i = entry; i < entry + 3; ++i) {
-            cosine += wanted[i] * reached[i];
+            cosine += target.e[i] * current.e[i];
         }
         const double angle = AngleInDegrees(cosine, directionTolerance);
         error += angle * angle;
     }
     return error;
+}
+
+double PoseError(const IkEndState& current, const IkEndState& target, double directionTolerance)
+{
+    if (FilterOf(current) != FilterOf(target)) {
+        target.Diff(current); // throws
+    }
+    EndVector reached;
+    EndVector wanted;
+    ToEndVector(current, reached);
+    ToEndVector(target, wanted);
+    return PoseError(reached, wanted, FilterOf(target)[3], directionTolerance);
 }
 
 } // namespace trunnion

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iostream>
 
 #include <jama/jama_svd.h>
+
+#include "machine/Arrays.h"
 
 namespace trunnion
 {
@@ -51,13 +54,13 @@ class Counted
 
   private:
     double value{0.0};
-    static thread_local long testsLeft;
+    // Right beside the thread's own block: asked for at each test, it must not take a call.
+    [[gnu::tls_model("initial-exec")]] static thread_local long testsLeft;
 };
 
 thread_local long Counted::testsLeft = 0;
 
-using Matrix = TNT::Array2D<double>;
-using CountedMatrix = TNT::Array2D<Counted>;
+using Array = TNT::Array2D<Counted>;
 
 // Where the iteration of the decomposition would not end: its thresholds underflow below the first
 // and the norm of a column may overflow above the second.
@@ -65,11 +68,11 @@ const double kSmallestMagnitude = std::ldexp(1.0, -960);
 const double kLargestMagnitude = std::ldexp(1.0, 1000);
 
 /// The largest magnitude, or NaN or infinity when there is one.
-double LargestMagnitude(const Matrix& matrix)
+double LargestMagnitude(const JointMatrix& matrix)
 {
     double largest = 0.0;
-    for (int i = 0; i < matrix.dim1(); ++i) {
-        for (int j = 0; j < matrix.dim2(); ++j) {
+    for (int i = 0; i < matrix.Rows(); ++i) {
+        for (int j = 0; j < matrix.Cols(); ++j) {
             const double magnitude = std::fabs(matrix[i][j]);
             if (!std::isfinite(magnitude)) {
                 return magnitude;
@@ -80,101 +83,99 @@ double LargestMagnitude(const Matrix& matrix)
     return largest;
 }
 
-CountedMatrix ToCounted(const Matrix& matrix, bool transpose)
+/// The matrix, or its transpose where that is the taller, times a power of two.
+Array TallArray(const JointMatrix& matrix, bool isWide, int exponent)
 {
-    CountedMatrix counted(transpose ? matrix.dim2() : matrix.dim1(),
-                          transpose ? matrix.dim1() : matrix.dim2());
-    for (int i = 0; i < counted.dim1(); ++i) {
-        for (int j = 0; j < counted.dim2(); ++j) {
-            counted[i][j] = transpose ? matrix[j][i] : matrix[i][j];
+    Array array(isWide ? matrix.Cols() : matrix.Rows(), isWide ? matrix.Rows() : matrix.Cols());
+    for (int i = 0; i < matrix.Rows(); ++i) {
+        for (int j = 0; j < matrix.Cols(); ++j) {
+            const double element =
+                exponent == 0 ? matrix[i][j] : std::ldexp(matrix[i][j], exponent);
+            (isWide ? array[j][i] : array[i][j]) = element;
         }
     }
-    return counted;
+    return array;
 }
 
-Matrix FromCounted(const CountedMatrix& counted)
+void CopyColumns(const Array& array, JointMatrix& rows)
 {
-    Matrix matrix(counted.dim1(), counted.dim2());
-    for (int i = 0; i < matrix.dim1(); ++i) {
-        for (int j = 0; j < matrix.dim2(); ++j) {
-            matrix[i][j] = counted[i][j];
+    rows.Resize(array.dim2(), array.dim1());
+    for (int i = 0; i < array.dim1(); ++i) {
+        const Counted* row = array[i];
+        for (int j = 0; j < array.dim2(); ++j) {
+            rows[j][i] = row[j];
         }
     }
-    return matrix;
 }
 
-Matrix TimesPowerOfTwo(const Matrix& matrix, int exponent)
+/// Decomposes the matrix times a power of two and takes that out of the singular values again.
+void Decompose(const JointMatrix& matrix, int exponent, Decomposition& result)
 {
-    Matrix scaled(matrix.dim1(), matrix.dim2());
-    for (int i = 0; i < matrix.dim1(); ++i) {
-        for (int j = 0; j < matrix.dim2(); ++j) {
-            scaled[i][j] = std::ldexp(matrix[i][j], exponent);
-        }
-    }
-    return scaled;
-}
-
-Decomposition Decompose(const Matrix& matrix)
-{
-    const bool isWide = matrix.dim1() < matrix.dim2();
-    Counted::Allow(std::min(matrix.dim1(), matrix.dim2()));
-    JAMA::SVD<Counted> svd(ToCounted(matrix, isWide));
-    CountedMatrix u;
-    CountedMatrix v;
+    const bool isWide = matrix.Rows() < matrix.Cols();
+    Counted::Allow(std::min(matrix.Rows(), matrix.Cols()));
+    JAMA::SVD<Counted> svd(TallArray(matrix, isWide, exponent));
+    Array u;
+    Array v;
     TNT::Array1D<Counted> s;
     svd.getU(u);
     svd.getV(v);
     svd.getSingularValues(s);
 
-    Decomposition result;
-    result.u = FromCounted(isWide ? v : u);
-    result.v = FromCounted(isWide ? u : v);
-    result.s = TNT::Array1D<double>(s.dim());
+    CopyColumns(isWide ? v : u, result.u);
+    CopyColumns(isWide ? u : v, result.v);
+    result.s.Resize(1, s.dim());
     for (int i = 0; i < s.dim(); ++i) {
-        result.s[i] = s[i];
+        result.s[0][i] = exponent == 0 ? double{s[i]} : std::ldexp(s[i], -exponent);
     }
     result.rank = svd.rank();
-    return result;
 }
 
-Decomposition Nothing(const Matrix& matrix)
+void SetToNothing(const JointMatrix& matrix, Decomposition& nothing)
 {
-    Decomposition nothing;
-    nothing.u = Matrix(matrix.dim1(), 0);
-    nothing.v = Matrix(matrix.dim2(), 0);
-    return nothing;
+    nothing.u.Resize(0, matrix.Rows());
+    nothing.v.Resize(0, matrix.Cols());
+    nothing.s.Resize(1, 0);
+    nothing.rank = 0;
 }
 
-/// Extreme matrices are scaled by a power of two on the way in and their singular values on the way
-/// out; every other matrix goes in as it is.
-Decomposition DecomposeScaled(const Matrix& matrix, double largest)
+/// Extreme matrices are scaled by a power of two; every other one goes in as it is.
+int ScalingExponent(double largest)
 {
     const bool isExtreme =
         largest > kLargestMagnitude || (largest < kSmallestMagnitude && largest != 0.0);
-    if (!isExtreme) {
-        return Decompose(matrix);
-    }
-    const int exponent = std::ilogb(largest);
-    Decomposition result = Decompose(TimesPowerOfTwo(matrix, -exponent));
-    for (int i = 0; i < result.s.dim(); ++i) {
-        result.s[i] = std::ldexp(result.s[i], exponent);
-    }
-    return result;
+    return isExtreme ? -std::ilogb(largest) : 0;
 }
 
 } // namespace
 
-Decomposition SafeSvd(const Matrix& matrix)
+void SafeSvd(const JointMatrix& matrix, Decomposition& svd)
 {
     const double largest = LargestMagnitude(matrix);
-    if (matrix.dim1() == 0 || matrix.dim2() == 0 || !std::isfinite(largest)) {
-        return Nothing(matrix);
+    if (matrix.Rows() == 0 || matrix.Cols() == 0 || !std::isfinite(largest)) {
+        SetToNothing(matrix, svd);
+        return;
     }
     try {
-        return DecomposeScaled(matrix, largest);
+        Decompose(matrix, ScalingExponent(largest), svd);
     } catch (const Unending&) {
-        return Nothing(matrix);
+        SetToNothing(matrix, svd);
     }
+}
+
+void SafeSvd(const TNT::Array2D<double>& matrix, TNT::Array2D<double>& u, TNT::Array2D<double>& v,
+             TNT::Array1D<double>& singularValues, int& rank)
+{
+    JointMatrix copy;
+    FromArray(matrix, copy);
+    Decomposition svd;
+    SafeSvd(copy, svd);
+    u = ToColumns(svd.u);
+    v = ToColumns(svd.v);
+    singularValues = TNT::Array1D<double>(svd.s.Cols());
+    for (int i = 0; i < svd.s.Cols(); ++i) {
+        singularValues[i] = svd.s[0][i];
+    }
+    rank = svd.rank;
 }
 
 } // namespace trunnion

@@ -2,24 +2,30 @@
 #define TRUNNION_MACHINE_SAFE_SVD_H
 
 #include "IkJtState.h" // the arrays, as the library exports them
+#include "geometry/SmallMatrix.h"
 
 namespace trunnion
 {
 
-/// A thin singular value decomposition, matrix = u diag(s) v'.
+/// A thin singular value decomposition, matrix = sum of s_i u_i v_i'. Singular vectors are rows
+/// here: u[i] is the i-th of the left ones.
 struct Decomposition
 {
-    TNT::Array2D<double> u; // columns in end-state space
-    TNT::Array2D<double> v; // columns in joint space
-    TNT::Array1D<double> s; // descending
-    int rank{0};            // numerical rank
+    JointMatrix u; // in end-state space
+    JointMatrix v; // in joint space
+    JointRow s;    // descending
+    int rank{0};   // numerical rank
 };
 
 /// Decomposes any matrix: a wide one through its transpose, since the decomposition takes no more
 /// columns than rows. A matrix on which it would write out of range or never end has rank 0 and no
 /// singular values: an empty one, one that holds a NaN or an infinity, and the rare one with
 /// entries so far apart that the iteration stalls among denormal numbers.
-Decomposition SafeSvd(const TNT::Array2D<double>& matrix);
+void SafeSvd(const JointMatrix& matrix, Decomposition& svd);
+
+/// The same with singular vectors as columns.
+void SafeSvd(const TNT::Array2D<double>& matrix, TNT::Array2D<double>& u, TNT::Array2D<double>& v,
+             TNT::Array1D<double>& singularValues, int& rank);
 
 } // namespace trunnion
 

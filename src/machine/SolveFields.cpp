@@ -5,6 +5,7 @@
 
 #include "IkStream.h"
 #include "geometry/Angles.h"
+#include "model/ChainJoints.h"
 #include "model/Indexing.h"
 
 namespace trunnion
@@ -24,15 +25,25 @@ bool IsHeld(const IkStream& stream, IkJoint* joint)
 
 } // namespace
 
-void InitializeFields(const SolveFields& fields, const IkStream& stream,
-                      const IkJtStateVector& start, bool lockRotary)
+void CollectJointStates(const IkStream& stream, IkJtStateVector& states)
 {
+    states.Reset();
+    IkChain* chain = nullptr;
+    for (int i = 0; stream.GetChain(i, &chain); ++i) {
+        MergeJointStates(*chain, states);
+    }
+}
+
+void InitializeFields(const SolveFields& fields, const IkStream& stream, bool lockRotary)
+{
+    const auto count = ToIndex(fields.states.Size());
     fields.maxAngleStep = kEighthTurn;
-    fields.states = start;
     fields.lockedFlags.clear();
     fields.rotaryFlags.clear();
     fields.rotaryIndices.clear();
     fields.freeIndices.clear();
+    fields.rotaryIndices.reserve(count);
+    fields.freeIndices.reserve(count);
     for (int i = 0; i < fields.states.Size(); ++i) {
         IkJoint* joint = fields.states.GetState(i).GetJoint();
         const bool isRotary = joint != nullptr && joint->IsJoint() && joint->IsRotary();

@@ -21,10 +21,12 @@ struct SolveFields
     double& maxAngleStep;            // [rad]
 };
 
-/// Fills the fields for a solve that starts from `start`. A joint is locked by its own lock, by the
+/// Fills `states` with the joints of all chains, each once, at their current values.
+void CollectJointStates(const IkStream& stream, IkJtStateVector& states);
+
+/// Fills the fields for a solve that starts from the values in `states`. A joint is locked by its own lock, by the
 /// stream's, or, when it is rotary, by `lockRotary`.
-void InitializeFields(const SolveFields& fields, const IkStream& stream,
-                      const IkJtStateVector& start, bool lockRotary);
+void InitializeFields(const SolveFields& fields, const IkStream& stream, bool lockRotary);
 
 /// Locks the free joints that `step` (a column, one row a state) would take out of their bounds.
 void LockJointsLeavingBounds(const SolveFields& fields, const TNT::Array2D<double>& step);

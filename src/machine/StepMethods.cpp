@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 #include "geometry/Angles.h"
 #include "model/Indexing.h"
@@ -16,34 +15,46 @@ namespace
 constexpr double kSingularCutOff = 1e-10;
 constexpr double kLambda = 1.1; // damping of the damped methods
 
-Column ZeroColumn(int size)
+void SetToZero(int size, JointRow& step)
 {
-    return {size, 1, 0.0};
+    step.Resize(1, size);
+    step.Fill(0.0);
 }
 
-/// Row k of a term: the product of row k of an outer product v_i u_i' with an error column, summed
-/// from 0. `term(k, c)` is the c-th summand.
-template <class Term>
-double RowSum(const Decomposition& svd, const Column& e, const Term& term)
+/// Adds one singular value's term to a step: entry k gets the product of row k of an outer product
+/// v_i u_i' with an error vector, summed from 0. `summand(k, c)` is the c-th of it.
+template <class Summand>
+void AddTerm(int rows, int columns, double* step, const Summand& summand)
 {
-    double sum = 0.0;
-    for (int c = 0; c < std::min(svd.u.dim1(), e.dim1()); ++c) {
-        sum += term(c);
+    for (int k = 0; k < rows; ++k) {
+        double sum = 0.0;
+        for (int c = 0; c < columns; ++c) {
+            sum += summand(k, c);
+        }
+        step[k] += sum;
     }
-    return sum;
 }
 
-double PseudoInverseRow(const Decomposition& svd, const Column& e, int i, int k)
+/// v_i u_i' (e / s_i)
+void AddPseudoInverseTerm(const Decomposition& svd, const EndVector& e, int i, int size,
+                          double* step)
 {
-    return RowSum(svd, e,
-                  [&](int c) { return (svd.v[k][i] * svd.u[c][i]) * (e[c][0] / svd.s[i]); });
+    const int columns = std::min(svd.u.Cols(), e.size);
+    double quotients[12]; // NOLINT(*-member-init): the first `columns` are set
+    for (int c = 0; c < columns; ++c) {
+        quotients[c] = e.e[c] / svd.s[0][i];
+    }
+    const double* u = svd.u[i];
+    const double* v = svd.v[i];
+    AddTerm(std::min(size, svd.v.Cols()), columns, step,
+            [&](int k, int c) { return (v[k] * u[c]) * quotients[c]; });
 }
 
 /// Euclidean norm of `scale` times rows `first` to `first` + 2 of a column.
-double BlockNorm(const TNT::Array2D<double>& matrix, int first, int column, double scale)
+double BlockNorm(const JointMatrix& matrix, int first, int column, double scale)
 {
     double sum = 0.0;
-    for (int row = first; row < std::min(first + 3, matrix.dim1()); ++row) {
+    for (int row = first; row < std::min(first + 3, matrix.Rows()); ++row) {
         const double x = scale * matrix[row][column];
         sum += x * x;
     }
@@ -55,11 +66,11 @@ bool IsFreeRotary(const SolveFields& fields, int k)
     return fields.rotaryFlags[ToIndex(fields.freeIndices[ToIndex(k)])];
 }
 
-double LargestRotaryMagnitude(const std::vector<double>& freeStep, const SolveFields& fields)
+double LargestRotaryMagnitude(const JointRow& freeStep, const SolveFields& fields)
 {
     double largest = 0.0;
-    for (int k = 0; k < Count(freeStep); ++k) {
-        const double magnitude = std::fabs(freeStep[ToIndex(k)]);
+    for (int k = 0; k < freeStep.Cols(); ++k) {
+        const double magnitude = std::fabs(freeStep[0][k]);
         if (IsFreeRotary(fields, k) && magnitude > largest) {
             largest = magnitude;
         }
@@ -68,12 +79,12 @@ double LargestRotaryMagnitude(const std::vector<double>& freeStep, const SolveFi
 }
 
 /// gamma_i: how far the i-th term may turn a rotary joint [rad].
-double SelectiveBound(const Decomposition& svd, const TNT::Array2D<double>& jacobian,
+double SelectiveBound(const Decomposition& svd, const JointMatrix& jacobian,
                       const SolveFields& fields, int size, int i)
 {
     double norm = 0.0;
-    for (int c = 0; c < svd.u.dim1(); ++c) {
-        norm += svd.u[c][i] * svd.u[c][i];
+    for (int c = 0; c < svd.u.Cols(); ++c) {
+        norm += svd.u[i][c] * svd.u[i][c];
     }
     norm = std::sqrt(norm);
 
@@ -84,15 +95,15 @@ double SelectiveBound(const Decomposition& svd, const TNT::Array2D<double>& jaco
             continue;
         }
         rho += BlockNorm(jacobian, 0, j, 1.0);
-        if (jacobian.dim1() > 3) {
+        if (jacobian.Rows() > 3) {
             rho += BlockNorm(jacobian, 3, j, 2.0);
         }
-        reach += std::fabs(svd.v[j][i]) * rho;
+        reach += std::fabs(svd.v[i][j]) * rho;
     }
     if (std::fabs(reach) < kSingularCutOff) {
         reach = 1.0;
     }
-    reach = reach / svd.s[i];
+    reach = reach / svd.s[0][i];
     const double gamma = norm / reach;
     return (gamma < 1.0 ? gamma : 1.0) * fields.maxAngleStep; // NaN counts as 1
 }
@@ -107,118 +118,119 @@ double Limited(double step, double limit)
 
 } // namespace
 
-Column PseudoInverseSum(const Decomposition& svd, const Column& e, int size)
+EndVector ErrorOf(const IkEndState& target, const IkEndState& current)
 {
-    Column step = ZeroColumn(size);
-    for (int i = 0; i < svd.rank; ++i) {
-        if (!(svd.s[i] > kSingularCutOff)) {
-            continue;
-        }
-        for (int k = 0; k < std::min(size, svd.v.dim1()); ++k) {
-            step[k][0] += PseudoInverseRow(svd, e, i, k);
-        }
+    const TNT::Array2D<double> column = target.Diff2D(current);
+    EndVector e; // NOLINT(*-member-init)
+    e.size = column.dim1();
+    for (int i = 0; i < e.size; ++i) {
+        e.e[i] = column[i][0];
     }
-    return step;
+    return e;
 }
 
-Column DampedSum(const Decomposition& svd, const Column& e, int size)
+void PseudoInverseSum(const Decomposition& svd, const EndVector& e, int size, JointRow& step)
 {
-    Column step = ZeroColumn(size);
+    SetToZero(size, step);
     for (int i = 0; i < svd.rank; ++i) {
-        const double w = svd.s[i] / (svd.s[i] * svd.s[i] + kLambda * kLambda);
-        for (int k = 0; k < std::min(size, svd.v.dim1()); ++k) {
-            step[k][0] +=
-                RowSum(svd, e, [&](int c) { return (w * (svd.v[k][i] * svd.u[c][i])) * e[c][0]; });
+        if (svd.s[0][i] > kSingularCutOff) {
+            AddPseudoInverseTerm(svd, e, i, size, step[0]);
         }
     }
-    return step;
 }
 
-Column SelectivelyDampedSum(const Decomposition& svd, const Column& e,
-                            const TNT::Array2D<double>& jacobian, const SolveFields& fields)
+void DampedSum(const Decomposition& svd, const EndVector& e, int size, JointRow& step)
 {
-    Column step = ZeroColumn(FreeCount(fields));
-    const int size = std::min(step.dim1(), svd.v.dim1());
-    std::vector<double> phi(ToIndex(size));
+    SetToZero(size, step);
     for (int i = 0; i < svd.rank; ++i) {
-        if (svd.s[i] < kSingularCutOff) { // a value at the cut-off takes part here
+        const double s = svd.s[0][i];
+        const double w = s / (s * s + kLambda * kLambda);
+        const double* u = svd.u[i];
+        const double* v = svd.v[i];
+        AddTerm(std::min(size, svd.v.Cols()), std::min(svd.u.Cols(), e.size), step[0],
+                [&](int k, int c) { return (w * (v[k] * u[c])) * e.e[c]; });
+    }
+}
+
+void SelectivelyDampedSum(const Decomposition& svd, const EndVector& e, const JointMatrix& jacobian,
+                          const SolveFields& fields, JointRow& step)
+{
+    SetToZero(FreeCount(fields), step);
+    const int size = std::min(step.Cols(), svd.v.Cols());
+    JointRow phi;
+    for (int i = 0; i < svd.rank; ++i) {
+        if (svd.s[0][i] < kSingularCutOff) { // a value at the cut-off takes part here
             continue;
         }
-        for (int k = 0; k < size; ++k) {
-            phi[ToIndex(k)] = PseudoInverseRow(svd, e, i, k);
-        }
+        SetToZero(size, phi);
+        AddPseudoInverseTerm(svd, e, i, size, phi[0]);
         const double gamma = SelectiveBound(svd, jacobian, fields, size, i);
         const double damping = gamma / (gamma + LargestRotaryMagnitude(phi, fields));
         for (int k = 0; k < size; ++k) {
-            const double x = phi[ToIndex(k)];
-            step[k][0] += IsFreeRotary(fields, k) ? x * damping : x;
+            const double x = phi[0][k];
+            step[0][k] += IsFreeRotary(fields, k) ? x * damping : x;
         }
     }
-    return step;
 }
 
-Column LimitFullStep(Column step, IkJtStateVector states)
+// NOLINTNEXTLINE(performance-unnecessary-value-param): states are read through non-const access
+void LimitFullStep(IkJtStateVector states, JointRow& step)
 {
     // Kept on purpose: only the joint's own lock stops it here, not the stream's.
-    for (int k = 0; k < std::min(step.dim1(), states.Size()); ++k) {
+    for (int k = 0; k < std::min(step.Cols(), states.Size()); ++k) {
         const IkJoint* joint = states.GetState(k).GetJoint();
         if (joint == nullptr || joint->IsLocked()) {
-            step[k][0] = 0.0;
+            step[0][k] = 0.0;
         } else if (joint->IsRotary()) {
-            step[k][0] = Limited(step[k][0], kEighthTurn);
+            step[0][k] = Limited(step[0][k], kEighthTurn);
         }
     }
-    return step;
 }
 
-Column ExpandLimited(const Column& freeStep, const SolveFields& fields)
+void ExpandLimited(const JointRow& freeStep, const SolveFields& fields, JointRow& step)
 {
-    Column step = ZeroColumn(fields.states.Size());
-    for (int k = 0; k < freeStep.dim1(); ++k) {
+    SetToZero(fields.states.Size(), step);
+    for (int k = 0; k < freeStep.Cols(); ++k) {
         const int index = fields.freeIndices[ToIndex(k)];
-        step[index][0] =
-            IsFreeRotary(fields, k) ? Limited(freeStep[k][0], fields.maxAngleStep) : freeStep[k][0];
+        const double x = freeStep[0][k];
+        step[0][index] = IsFreeRotary(fields, k) ? Limited(x, fields.maxAngleStep) : x;
     }
-    return step;
 }
 
-Column ExpandDamped(const Column& freeStep, const SolveFields& fields, int rank)
+void ExpandDamped(const JointRow& freeStep, const SolveFields& fields, int rank, JointRow& step)
 {
     // Kept on purpose: a rotary step beyond the limit lands in row k instead of its joint's row,
     // and in every other case it is the entry at the rank that is written, over and over.
-    Column step = ZeroColumn(fields.states.Size());
+    SetToZero(fields.states.Size(), step);
     const int last = std::max(rank, 0);
-    for (int k = 0; k < freeStep.dim1(); ++k) {
-        if (IsFreeRotary(fields, k) && std::fabs(freeStep[k][0]) > fields.maxAngleStep) {
-            step[k][0] = Limited(freeStep[k][0], fields.maxAngleStep);
-        } else if (last < freeStep.dim1()) {
-            step[fields.freeIndices[ToIndex(last)]][0] = freeStep[last][0];
+    for (int k = 0; k < freeStep.Cols(); ++k) {
+        const double x = freeStep[0][k];
+        if (IsFreeRotary(fields, k) && std::fabs(x) > fields.maxAngleStep) {
+            step[0][k] = Limited(x, fields.maxAngleStep);
+        } else if (last < freeStep.Cols()) {
+            step[0][fields.freeIndices[ToIndex(last)]] = freeStep[0][last];
         }
     }
-    return step;
 }
 
-Column ExpandSelectivelyDamped(const Column& freeStep, const SolveFields& fields)
+void ExpandSelectivelyDamped(const JointRow& freeStep, const SolveFields& fields, JointRow& step)
 {
-    std::vector<double> values(ToIndex(freeStep.dim1()));
-    for (int k = 0; k < freeStep.dim1(); ++k) {
-        values[ToIndex(k)] = freeStep[k][0];
-    }
     const double gmax = fields.maxAngleStep;
-    const double scale = gmax / (gmax + LargestRotaryMagnitude(values, fields));
-    Column step = ZeroColumn(fields.states.Size());
-    for (int k = 0; k < freeStep.dim1(); ++k) {
-        const int index = fields.freeIndices[ToIndex(k)];
+    const double scale = gmax / (gmax + LargestRotaryMagnitude(freeStep, fields));
+    SetToZero(fields.states.Size(), step);
+    for (int k = 0; k < freeStep.Cols(); ++k) {
+        double& row = step[0][fields.freeIndices[ToIndex(k)]];
         // Kept on purpose: the scale meets the row itself, still 0, so rotary joints never turn.
-        step[index][0] = IsFreeRotary(fields, k) ? scale * step[index][0] : freeStep[k][0];
+        row = IsFreeRotary(fields, k) ? scale * row : freeStep[0][k];
     }
-    return step;
 }
 
-Column PseudoInversePartialStep(const Decomposition& svd, const Column& e,
-                                const SolveFields& fields)
+void PseudoInversePartialStep(const Decomposition& svd, const EndVector& e,
+                              const SolveFields& fields, JointRow& step)
 {
-    return ExpandLimited(PseudoInverseSum(svd, e, FreeCount(fields)), fields);
+    JointRow freeStep;
+    PseudoInverseSum(svd, e, FreeCount(fields), freeStep);
+    ExpandLimited(freeStep, fields, step);
 }
 
 int FreeCount(const SolveFields& fields)

@@ -7,6 +7,7 @@
 #include <tnt/tnt_array2d_utils.h>
 
 #include "geometry/Angles.h"
+#include "model/EndVector.h"
 #include "model/Indexing.h"
 
 using trunnion::ToIndex;
@@ -14,8 +15,6 @@ using trunnion::ToIndex;
 namespace
 {
 
-/// Pose columns in the order in which the end-state vector lists them: position, X, Y, Z axis.
-constexpr std::array<int, 4> kComponentColumns{3, 0, 1, 2};
 constexpr int kVectorBuffer = 16;
 
 } // namespace
@@ -65,14 +64,11 @@ int IkEndState::VectSize() const
 
 TNT::Array1D<double> IkEndState::GetVector() const
 {
-    TNT::Array1D<double> vector(VectSize());
-    int entry = 0;
-    for (const int column : kComponentColumns) {
-        if (filter.at(ToIndex(column))) {
-            for (int row = 0; row < 3; ++row) {
-                vector[entry++] = pose[row][column];
-            }
-        }
+    trunnion::EndVector entries;
+    trunnion::ToEndVector(*this, entries);
+    TNT::Array1D<double> vector(entries.size);
+    for (int i = 0; i < entries.size; ++i) {
+        vector[i] = entries.e[i];
     }
     return vector;
 }
@@ -93,7 +89,7 @@ bool IkEndState::SetVector(int count, double* values)
         return false;
     }
     pose.Eye();
-    for (const int column : kComponentColumns) {
+    for (const int column : trunnion::kComponentColumns) {
         if (filter.at(ToIndex(column))) {
             for (int row = 0; row < 3; ++row) {
                 const double value = *values++;

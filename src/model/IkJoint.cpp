@@ -1,7 +1,5 @@
 #include "IkJoint.h"
 
-#include <set>
-
 #include "IkJtState.h"
 #include "geometry/Angles.h"
 #include "geometry/Compose.h"
@@ -144,9 +142,7 @@ bool IkJoint::IsArbitraryAxisUsed() const
 
 bool IkJoint::IsRotary() const
 {
-    static const std::set<JtPrimitives> rotary{JtPrimRotX, JtPrimRotY, JtPrimRotZ,
-                                               JtPrimRotArbitrary};
-    return rotary.count(primitive) != 0;
+    return primitive >= JtPrimRotX && primitive <= JtPrimRotArbitrary;
 }
 
 IkJtPrism::IkJtPrism()

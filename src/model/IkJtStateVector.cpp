@@ -1,7 +1,9 @@
 #include "IkJtState.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 
 #include "IkChain.h"
 #include "geometry/Angles.h"
@@ -84,6 +86,16 @@ void ChangeByArray(TNT::Array2D<double>& deltas, ColumnBuffer& buffer, const Cha
     }
 }
 
+/// Room for as many joints as a machine usually has, at once.
+template <class T>
+void ReserveOneMore(std::vector<T>& list)
+{
+    constexpr std::size_t kUsual = 8;
+    if (list.size() == list.capacity()) {
+        list.reserve(std::max(kUsual, 2 * list.size()));
+    }
+}
+
 double* DataOf(TNT::Array1D<double>& array)
 {
     return array.dim() > 0 ? &array[0] : nullptr;
@@ -127,10 +139,29 @@ double IkJtStateVector::NoStateExist()
     return -9999999.0;
 }
 
+/// The first entry whose joint is not before `joint`.
+std::vector<IkJtStateVector::JointIndex>::const_iterator
+IkJtStateVector::FindIndex(const IkJoint* joint) const
+{
+    return std::lower_bound(jointIndex.begin(), jointIndex.end(), joint,
+                            [](const JointIndex& entry, const IkJoint* wanted) {
+                                return std::less<>()(entry.first, wanted);
+                            });
+}
+
 void IkJtStateVector::AddState(const IkJtState& state)
 {
-    states.push_back(state);
-    jointIndex[states.back().GetJoint()] = Count(states) - 1;
+    const IkJtState added = state; // it may live in this vector
+    ReserveOneMore(states);
+    ReserveOneMore(jointIndex);
+    states.push_back(added);
+    const JointIndex last{added.GetJoint(), Count(states) - 1};
+    const auto place = jointIndex.begin() + (FindIndex(last.first) - jointIndex.cbegin());
+    if (place != jointIndex.end() && place->first == last.first) {
+        *place = last;
+    } else {
+        jointIndex.insert(place, last);
+    }
 }
 
 void IkJtStateVector::DelState(IkJtState& state)
@@ -138,7 +169,10 @@ void IkJtStateVector::DelState(IkJtState& state)
     // Kept on purpose: only the first state is looked at, and the stored indices are not
     // renumbered.
     const IkJoint* joint = state.GetJoint(); // `state` may be the one that is removed
-    jointIndex.erase(joint);
+    const auto entry = FindIndex(joint);
+    if (entry != jointIndex.end() && entry->first == joint) {
+        jointIndex.erase(entry);
+    }
     if (!states.empty() && states.front().GetJoint() == joint) {
         states.erase(states.begin());
     }
@@ -176,8 +210,8 @@ bool IkJtStateVector::GetStateCopy(int index, IkJtState& out) const
 
 int IkJtStateVector::FindStateByJointPtr(const IkJoint* joint) const
 {
-    const auto entry = jointIndex.find(joint);
-    return entry == jointIndex.end() || entry->second < 0 ? -1 : entry->second;
+    const auto entry = FindIndex(joint);
+    return entry == jointIndex.end() || entry->first != joint ? -1 : entry->second;
 }
 
 bool IkJtStateVector::FindValFromPtr(const IkJoint* joint, double& out) const

@@ -1,14 +1,21 @@
 #include "IkSolver.h"
 
+#include <typeinfo>
+
 #include "geometry/Trace.h"
+#include "machine/Arrays.h"
 #include "machine/Iteration.h"
-#include "machine/Jacobian.h"
+#include "machine/LoopStages.h"
 #include "machine/Objective.h"
-#include "machine/SafeSvd.h"
-#include "machine/SolveFields.h"
 
 namespace
 {
+
+bool IsObjectiveTraced()
+{
+    const trunnion::TraceSwitches& tracing = trunnion::Tracing();
+    return tracing.solverObjectiveTarget || tracing.solverObjectiveCurrent;
+}
 
 constexpr double kDirectionTolerance = 1.53e-10; // of a cosine; a stream's own solve has another
 
@@ -103,20 +110,22 @@ void IkSolver::Reset() {}
 
 void IkSolver::Initialize(bool lockRotary)
 {
-    if (streamPtr != nullptr) {
-        trunnion::InitializeFields(
-            Fields(), *streamPtr,
-            startStates != nullptr ? *startStates : streamPtr->GetJointStates(), lockRotary);
+    if (streamPtr == nullptr) {
+        return;
     }
+    if (startStates != nullptr) {
+        SolverJtStates = *startStates;
+    } else {
+        trunnion::CollectJointStates(*streamPtr, SolverJtStates);
+    }
+    trunnion::InitializeFields(Fields(), *streamPtr, lockRotary);
 }
 
 bool IkSolver::ObjectiveFcn(const IkEndState& current, const IkEndState& target,
                             std::vector<double>& /*components*/, double& error)
 {
-    const trunnion::TraceSwitches& tracing = trunnion::Tracing();
-    if (tracing.solverObjectiveTarget || tracing.solverObjectiveCurrent) {
-        target.TraceDump(L"TargetState>");
-        current.TraceDump(L"CurState>");
+    if (IsObjectiveTraced()) {
+        trunnion::TraceObjective(current, target);
     }
     error = trunnion::PoseError(current, target, kDirectionTolerance);
     return true;
@@ -125,15 +134,21 @@ bool IkSolver::ObjectiveFcn(const IkEndState& current, const IkEndState& target,
 bool IkSolver::ComputeFullJacobian(const IkEndState& reference, TNT::Array2D<double>& jacobian,
                                    bool fkFlag)
 {
-    return streamPtr != nullptr && trunnion::FullJacobian(*streamPtr, reference, jacobian, fkFlag);
+    trunnion::JointMatrix built;
+    if (streamPtr == nullptr ||
+        !trunnion::FullJacobian(*streamPtr, trunnion::ReferenceOf(reference), built, fkFlag)) {
+        return false;
+    }
+    jacobian = trunnion::ToArray(built);
+    return true;
 }
 
 bool IkSolver::ComputePartialJacobian(const IkEndState& reference, TNT::Array2D<double>& jacobian,
                                       int includeRotary, bool fkFlag)
 {
     if (streamPtr != nullptr) {
-        trunnion::PartialJacobian(*streamPtr, Fields(), reference, jacobian, includeRotary != 0,
-                                  fkFlag);
+        jacobian = trunnion::PartialJacobian(*streamPtr, Fields(), reference, includeRotary != 0,
+                                             fkFlag);
     }
     return true;
 }
@@ -148,11 +163,7 @@ TNT::Array2D<double> IkSolver::CalcDTheta(const IkEndState& /*target*/,
 void IkSolver::SafeSVDCalc(TNT::Array2D<double>& matrix, TNT::Array2D<double>& u,
                            TNT::Array2D<double>& v, TNT::Array1D<double>& singularValues, int& rank)
 {
-    const trunnion::Decomposition svd = trunnion::SafeSvd(matrix);
-    u = svd.u;
-    v = svd.v;
-    singularValues = svd.s;
-    rank = svd.rank;
+    trunnion::SafeSvd(matrix, u, v, singularValues, rank);
 }
 
 void IkSolver::JointClampSearch(TNT::Array2D<double>& step)
@@ -166,54 +177,69 @@ trunnion::SolveFields IkSolver::Fields()
             RotaryJointIndices, FreeJointIndices, MaxAngleStep};
 }
 
+/// The stages of a solver object, each through its virtual operation.
+class IkSolver::VirtualStages
+{
+  public:
+    VirtualStages(IkSolver& ofSolver, IkEndState& forTarget, bool withToolOnly)
+        : solver(ofSolver), target(forTarget), toolOnly(withToolOnly)
+    {}
+
+    IkJtStateVector& States() { return solver.SolverJtStates; }
+    int LastPass() const { return solver.maxIterations; }
+    double Tolerance() const { return solver.convergenceTolerance; }
+
+    double Error()
+    {
+        working = IkEndState();
+        if (solver.streamPtr != nullptr) { // a stage may have taken it away
+            working = solver.streamPtr->SolveFK(solver.SolverJtStates, false, nullptr, nullptr,
+                                                toolOnly);
+        }
+        working.CopyFilter(target);
+        std::vector<double> components;
+        solver.ObjectiveFcn(working, target, components, solver.curErrorValue);
+        return solver.curErrorValue;
+    }
+    void Jacobian(int pass) { solver.ComputePartialJacobian(working, jacobian, pass, toolOnly); }
+    void Step() { step = solver.CalcDTheta(target, working, jacobian); }
+    template <class Limits>
+    void TakeStep(Limits limits)
+    {
+        solver.SolverJtStates.AppendValues(step, limits);
+    }
+
+  private:
+    IkSolver& solver;
+    IkEndState& target;
+    bool toolOnly;
+    IkEndState working;
+    // Outlive a pass: a stage that computes nothing leaves the previous one's result in force.
+    TNT::Array2D<double> jacobian;
+    TNT::Array2D<double> step;
+};
+
 bool IkSolver::SolveIK(IkEndState& target, IkJtStateVector& result, bool toolOnly,
                        IkJoint::JointLimitTypes limitType, bool lockRotary)
 {
-    /// The solver's stages for the iteration, each through its virtual operation.
-    class Stages
-    {
-      public:
-        Stages(IkSolver& ofSolver, bool withToolOnly) : solver(ofSolver), toolOnly(withToolOnly) {}
-
-        IkJtStateVector& States() { return solver.SolverJtStates; }
-        int LastPass() const { return solver.maxIterations; }
-        double Tolerance() const { return solver.convergenceTolerance; }
-
-        IkEndState ForwardKinematics()
-        {
-            if (solver.streamPtr == nullptr) { // a stage may have taken it away
-                return {};
-            }
-            return solver.streamPtr->SolveFK(solver.SolverJtStates, false, nullptr, nullptr,
-                                             toolOnly);
-        }
-        double Objective(const IkEndState& working, const IkEndState& target)
-        {
-            std::vector<double> components;
-            solver.ObjectiveFcn(working, target, components, solver.curErrorValue);
-            return solver.curErrorValue;
-        }
-        void Jacobian(const IkEndState& working, TNT::Array2D<double>& jacobian, int pass)
-        {
-            solver.ComputePartialJacobian(working, jacobian, pass, toolOnly);
-        }
-        void Step(const IkEndState& target, const IkEndState& working,
-                  TNT::Array2D<double>& jacobian, TNT::Array2D<double>& step)
-        {
-            step = solver.CalcDTheta(target, working, jacobian);
-        }
-
-      private:
-        IkSolver& solver;
-        bool toolOnly;
-    };
-
     if (streamPtr == nullptr) {
         return false;
     }
     Initialize(lockRotary);
-    Stages stages(*this, toolOnly);
-    return trunnion::Iterate(stages, target, result, limitType);
+    // Where neither a stage nor a node is a host's own, nobody can tell the stages apart.
+    if (streamPtr != nullptr && typeid(*this) == typeid(IkSolverPsuedoInverse)) {
+        trunnion::LoopStages stages(
+            *streamPtr, Fields(), target, toolOnly, trunnion::IkStepMethod,
+            {maxIterations, convergenceTolerance, kDirectionTolerance, IsObjectiveTraced()},
+            curErrorValue);
+        if (stages.IsSettled()) {
+            const bool isSolved = trunnion::Iterate(stages, result, limitType);
+            curErrorValue = stages.LastError();
+            return isSolved;
+        }
+    }
+    VirtualStages stages(*this, target, toolOnly);
+    return trunnion::Iterate(stages, result, limitType);
 }
 
 IkJtStateVector IkSolver::SolveIK(IkEndState& target, bool toolOnly,

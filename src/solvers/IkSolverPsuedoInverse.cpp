@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "IkSolver.h"
+#include "machine/Arrays.h"
 #include "machine/StepMethods.h"
 
 IkSolverPsuedoInverse::IkSolverPsuedoInverse() = default;
@@ -15,9 +16,20 @@ TNT::Array2D<double> IkSolverPsuedoInverse::CalcDTheta(const IkEndState& target,
                                                        const IkEndState& current,
                                                        TNT::Array2D<double>& jacobian)
 {
+    TNT::Array2D<double> u;
+    TNT::Array2D<double> v;
+    TNT::Array1D<double> s;
     trunnion::Decomposition svd;
-    SafeSVDCalc(jacobian, svd.u, svd.v, svd.s, svd.rank);
+    SafeSVDCalc(jacobian, u, v, s, svd.rank);
     // A subclass may decompose in its own way: take no more of it than it gives.
-    svd.rank = std::min({svd.rank, svd.s.dim(), svd.u.dim2(), svd.v.dim2()});
-    return trunnion::PseudoInversePartialStep(svd, target.Diff2D(current), Fields());
+    svd.rank = std::max(0, std::min({svd.rank, s.dim(), u.dim2(), v.dim2()}));
+    trunnion::FromColumns(u, svd.rank, svd.u);
+    trunnion::FromColumns(v, svd.rank, svd.v);
+    svd.s.Resize(1, svd.rank);
+    for (int i = 0; i < svd.rank; ++i) {
+        svd.s[0][i] = s[i];
+    }
+    trunnion::JointRow step;
+    trunnion::PseudoInversePartialStep(svd, trunnion::ErrorOf(target, current), Fields(), step);
+    return trunnion::ToColumn(step);
 }

@@ -7,8 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include "machine/Arrays.h"
+#include "machine/LoopStages.h"
 #include "machine/Rig.h"
-#include "machine/StreamStages.h"
 #include "support/Bits.h"
 #include "support/Fixtures.h"
 
@@ -23,7 +24,6 @@ using test::MatrixOf;
 using test::Rig;
 using test::Values;
 using trunnion::Iterate;
-using trunnion::StreamStages;
 using Matrix = TNT::Array2D<double>;
 using Log = std::vector<std::string>;
 using Names = std::vector<std::wstring>;
@@ -37,42 +37,36 @@ struct Script
     int lastPass{3};
     double tolerance{1};
     std::function<double(int pass)> error = [](int) { return 2.0; };
-    std::function<void(int pass, Matrix& jacobian)> jacobian = [](int, Matrix&) {};
-    std::function<void(int pass, const Matrix& jacobian, Matrix& step)> step =
-        [](int, const Matrix&, Matrix&) {};
+    std::function<void(int pass, Matrix& step)> step = [](int, Matrix&) {};
 
     int passes{0};
+    Matrix lastStep;
     Log log;
 
     IkJtStateVector& States() { return states; }
     int LastPass() const { return lastPass; }
     double Tolerance() const { return tolerance; }
 
-    IkEndState ForwardKinematics()
+    double Error()
     {
-        log.emplace_back("pose");
+        log.emplace_back("error");
         ++passes;
-        return EndState(IkXformMat::Translate(7, 0, 0), test::kPositionAndZ);
-    }
-    double Objective(const IkEndState& working, const IkEndState& target)
-    {
-        log.emplace_back("objective");
-        EXPECT_EQ(working.GetCompleteState()[0][3], 7);
-        EXPECT_EQ(working.VectSize(), target.VectSize());
         return error(passes - 1);
     }
-    void Jacobian(const IkEndState& working, Matrix& out, int pass)
+    void Jacobian(int pass)
     {
         log.push_back("jacobian " + std::to_string(pass));
         EXPECT_EQ(pass, passes - 1);
-        EXPECT_EQ(working.VectSize(), 3);
-        jacobian(pass, out);
     }
-    void Step(const IkEndState& target, const IkEndState& working, Matrix& in, Matrix& out)
+    void Step()
     {
         log.emplace_back("step");
-        EXPECT_EQ(working.VectSize(), target.VectSize());
-        step(passes - 1, in, out);
+        step(passes - 1, lastStep);
+    }
+    template <class Limits>
+    void TakeStep(Limits limits)
+    {
+        states.AppendValues(lastStep, limits);
     }
 };
 
@@ -89,12 +83,11 @@ struct Loop : testing::Test
 
     bool Run(IkJoint::JointLimitTypes limits = IkJoint::JtLimitAll)
     {
-        IkEndState target = EndState(IkXformMat(), test::kPositionOnly);
-        return Iterate(script, target, result, limits);
+        return Iterate(script, result, limits);
     }
     void StepBy(double ofA, double ofB)
     {
-        script.step = [=](int, const Matrix&, Matrix& step) { step = MatrixOf({{ofA}, {ofB}}); };
+        script.step = [=](int, Matrix& step) { step = MatrixOf({{ofA}, {ofB}}); };
     }
     Values Working() const { return script.states.GetValVector(); }
     void ExpectResultUntouched() const { EXPECT_EQ(result.GetValVector(), Values{99}); }
@@ -109,8 +102,8 @@ TEST_F(Loop, RunsTheStagesOfEachPassInOrderAndFailsAfterTheLast)
 {
     script.lastPass = 1;
     EXPECT_FALSE(Run());
-    EXPECT_EQ(script.log, (Log{"pose", "objective", "jacobian 0", "step", //
-                               "pose", "objective", "jacobian 1", "step"}));
+    EXPECT_EQ(script.log, (Log{"error", "jacobian 0", "step", //
+                               "error", "jacobian 1", "step"}));
     EXPECT_EQ(result.Size(), 0);
 }
 
@@ -121,7 +114,7 @@ TEST_F(Loop, EndsWhereTheErrorIsAtMostTheTolerance)
     script.error = [](int pass) { return pass < 2 ? 0.5000000001 : 0.5; };
     EXPECT_TRUE(Run());
     EXPECT_EQ(script.passes, 3);
-    EXPECT_EQ(script.log.back(), "objective"); // no Jacobian, no step
+    EXPECT_EQ(script.log.back(), "error"); // no Jacobian, no step
     EXPECT_EQ(result.GetValVector(), (Values{2, 4}));
     EXPECT_EQ(result.GetNameVector(), (Names{L"a", L"b"}));
 }
@@ -130,7 +123,7 @@ TEST_F(Loop, EndsBeforeTheFirstStepWhereNoneIsNeeded)
 {
     script.error = [](int) { return 0.0; };
     EXPECT_TRUE(Run());
-    EXPECT_EQ(script.log, (Log{"pose", "objective"}));
+    EXPECT_EQ(script.log, Log{"error"});
     EXPECT_EQ(result.GetValVector(), (Values{0, 0}));
 }
 
@@ -161,7 +154,7 @@ TEST_F(Loop, DoesNothingWhenItsLastPassIsBelowTheFirst)
 
 TEST_F(Loop, EndsWithItsResultUntouchedWhenTheLastPassFallsBelowTheRunningOne)
 {
-    script.step = [this](int pass, const Matrix&, Matrix& step) {
+    script.step = [this](int pass, Matrix& step) {
         step = MatrixOf({{1}, {2000}});
         script.lastPass = pass < 2 ? 3 : 1;
     };
@@ -173,7 +166,7 @@ TEST_F(Loop, EndsWithItsResultUntouchedWhenTheLastPassFallsBelowTheRunningOne)
 
 TEST_F(Loop, TakesTheRunningPassForTheLastWhenTheLimitFallsToIt)
 {
-    script.step = [this](int pass, const Matrix&, Matrix& step) {
+    script.step = [this](int pass, Matrix& step) {
         step = MatrixOf({{1}, {2000}});
         script.lastPass = pass < 2 ? 9 : 2;
     };
@@ -186,8 +179,10 @@ TEST_F(Loop, TakesTheRunningPassForTheLastWhenTheLimitFallsToIt)
 TEST_F(Loop, GoesOnWhenTheLastPassRises)
 {
     script.lastPass = 1;
-    script.jacobian = [this](int, Matrix&) { script.lastPass = 4; };
-    StepBy(1, 2000);
+    script.step = [this](int, Matrix& step) {
+        step = MatrixOf({{1}, {2000}});
+        script.lastPass = 4;
+    };
     EXPECT_FALSE(Run());
     EXPECT_EQ(script.passes, 5);
     EXPECT_EQ(Working(), (Values{5, 3000})); // four limited steps, then one that is not
@@ -222,7 +217,7 @@ TEST_F(Loop, LimitsEveryStepButTheLastAndListsWhatThatTookOut)
             listed.push_back(rows[i].reached);
         }
     }
-    script.step = [&step](int, const Matrix&, Matrix& out) { out = MatrixOf(step); };
+    script.step = [&step](int, Matrix& out) { out = MatrixOf(step); };
     EXPECT_FALSE(Run());
     EXPECT_EQ(Working(), reached);
     EXPECT_EQ(result.GetValVector(), listed);
@@ -241,7 +236,7 @@ TEST_F(Loop, HandsTheLimitTypeOn)
 
 TEST_F(Loop, TakesThePreviousStepAgainWhereAStageMakesNone)
 {
-    script.step = [](int pass, const Matrix&, Matrix& step) {
+    script.step = [](int pass, Matrix& step) {
         if (pass == 1) {
             step = MatrixOf({{1}, {10}});
         }
@@ -250,30 +245,31 @@ TEST_F(Loop, TakesThePreviousStepAgainWhereAStageMakesNone)
     EXPECT_EQ(Working(), (Values{3, 30})); // an empty one first, then the same three times
 }
 
-TEST_F(Loop, KeepsThePreviousJacobianWhereAStageMakesNone)
-{
-    Values seen;
-    script.jacobian = [](int pass, Matrix& jacobian) {
-        if (pass == 1) {
-            jacobian = MatrixOf({{5}});
-        }
-    };
-    script.step = [&seen](int, const Matrix& jacobian, Matrix&) {
-        seen.push_back(jacobian.dim1() == 0 ? 0 : jacobian[0][0]);
-    };
-    EXPECT_FALSE(Run());
-    EXPECT_EQ(seen, (Values{0, 5, 5, 5}));
-}
-
 // --- the stages of a stream ---
 
-TEST(StageConstants, AreThoseOfEveryStream)
+/// The stages of a stream by one of the methods.
+struct StreamStages : trunnion::LoopStages
 {
-    IkStream stream;
-    const StreamStages stages(stream, false, trunnion::IkStepMethod);
+    StreamStages(IkStream& of, const IkEndState& towards, int number, bool withToolOnly = false,
+                 int lastPass = 60)
+        : LoopStages(of, of.Fields(), towards, withToolOnly, number,
+                     {lastPass, 1e-8, 1.523e-10, false}, 0.0)
+    {}
+};
+
+Matrix JacobianOf(const trunnion::LoopStages& stages)
+{
+    return trunnion::ToArray(stages.jacobian);
+}
+
+Matrix StepOf(const trunnion::LoopStages& stages)
+{
+    return trunnion::ToColumn(stages.step);
+}
+
+TEST(StageConstants, ChooseTheMethodOfEveryStream)
+{
     EXPECT_EQ(trunnion::IkStepMethod, 4);
-    EXPECT_EQ(stages.LastPass(), 60);
-    EXPECT_EQ(stages.Tolerance(), 1e-8);
 }
 
 using Method = Matrix (IkStream::*)(const IkEndState&, const IkEndState&, Matrix&);
@@ -326,14 +322,17 @@ TEST_F(MillStages, ChooseTheJacobianByTheMethodNumber)
     for (const Selection& selection : Selections()) {
         for (const bool toolOnly : {false, true}) {
             for (const int pass : {0, 1, 60}) {
-                StreamStages stages(stream, toolOnly, selection.number);
-                Matrix chosen;
-                stages.Jacobian(working, chosen, pass);
+                StreamStages stages(stream, target, selection.number, toolOnly);
+                stages.Error();
+                stages.Jacobian(pass);
+                const Matrix chosen = JacobianOf(stages);
                 Matrix expected;
+                IkEndState reference = stream.SolveFK(toolOnly);
+                reference.CopyFilter(target);
                 if (selection.isPartial) {
-                    stream.ComputePartialJacobian(working, expected, pass, toolOnly);
+                    stream.ComputePartialJacobian(reference, expected, pass, toolOnly);
                 } else {
-                    stream.ComputeFullJacobian(working, expected, toolOnly);
+                    stream.ComputeFullJacobian(reference, expected, toolOnly);
                 }
                 EXPECT_EQ(chosen.dim2(), selection.isPartial ? 4 : 5) << selection.number;
                 EXPECT_EQ(BitsOf(chosen), BitsOf(expected)) << selection.number;
@@ -349,29 +348,32 @@ TEST_F(MillStages, ChooseTheJacobianByTheMethodNumber)
 TEST_F(MillStages, ChooseTheStepByTheMethodNumber)
 {
     for (const Selection& selection : Selections()) {
-        StreamStages stages(stream, false, selection.number);
-        Matrix jacobian;
-        stages.Jacobian(working, jacobian, 1);
-        Matrix step = MatrixOf({{42}});
-        stages.Step(target, working, jacobian, step);
+        StreamStages stages(stream, target, selection.number);
+        stages.Error();
+        stages.Jacobian(1);
+        stages.step.Resize(1, 1);
+        stages.step.Fill(42);
+        stages.Step();
+        Matrix jacobian = JacobianOf(stages);
         Matrix expected = MatrixOf({{42}});
         if (selection.method != nullptr) {
             expected = std::invoke(selection.method, stream, target, working, jacobian);
         }
-        EXPECT_EQ(BitsOf(step), BitsOf(expected)) << selection.number;
+        EXPECT_EQ(BitsOf(StepOf(stages)), BitsOf(expected)) << selection.number;
     }
 }
 
 TEST_F(MillStages, EvaluateTheWorkingValuesInTheAskedCoordinates)
 {
     stream.SolverJtStates = mill.States({10, 20, 30, 0, 0});
-    IkJtStateVector values = stream.SolverJtStates;
     stream.SetPartSpaceMatrix(IkXformMat::Translate(0, 0, 50), false);
     for (const bool toolOnly : {false, true}) {
-        StreamStages stages(stream, toolOnly, 4);
+        StreamStages stages(stream, target, 4, toolOnly);
+        stages.Error();
         // The tip hangs 180 below the head at 700 plus Z, the part lies at 50.
-        ExpectNear(test::PositionOf(stages.ForwardKinematics().GetCompleteState()),
-                   {10, 20, 550. - (toolOnly ? 0 : 50)}, 1e-12);
+        const double* reached = stages.working.vector.e;
+        ExpectNear({reached[0], reached[1], reached[2]}, {10, 20, 550. - (toolOnly ? 0 : 50)},
+                   1e-12);
         EXPECT_EQ(&stages.States(), &stream.SolverJtStates);
     }
     EXPECT_EQ(mill.JointValues(), (Values{1, 2, 3, 0.4, 0.5}));
@@ -379,11 +381,12 @@ TEST_F(MillStages, EvaluateTheWorkingValuesInTheAskedCoordinates)
 
 TEST_F(MillStages, MeasureByTheStreamsObjective)
 {
-    StreamStages stages(stream, false, 4);
+    StreamStages stages(stream, target, 4);
     std::vector<double> components;
     double expected = 0;
     stream.ObjectiveFcn(working, target, components, expected);
-    EXPECT_EQ(stages.Objective(working, target), expected);
+    EXPECT_EQ(stages.Error(), expected);
+    EXPECT_EQ(stages.LastError(), expected);
     EXPECT_GT(expected, 14); // 1 + 4 + 9 and the angle
 }
 
@@ -423,8 +426,8 @@ TEST_F(GantryStages, SolveOrStandStillByTheMethodNumber)
         IkEndState target = EndState(IkXformMat::Translate(100, 0, 0));
         rig.stream.InitializeIkSolver(false);
         tip->count = 0;
-        StreamStages stages(rig.stream, false, row.method);
-        EXPECT_EQ(Iterate(stages, target, result, IkJoint::JtLimitAll), row.isSolved);
+        StreamStages stages(rig.stream, target, row.method);
+        EXPECT_EQ(Iterate(stages, result, IkJoint::JtLimitAll), row.isSolved);
         EXPECT_EQ(tip->count, row.isSolved ? 1 + 3 + 1 : 61 * (1 + 3));
         EXPECT_EQ(result.Size(), row.isSolved ? 3 : 0);
         if (row.isSolved) {
@@ -433,14 +436,6 @@ TEST_F(GantryStages, SolveOrStandStillByTheMethodNumber)
         EXPECT_EQ(rig.stream.SolverJtStates.GetValVector() != (Values{0, 0, 0}), row.moves);
     }
 }
-
-/// The stages of a stream with another budget.
-struct ShortStages : StreamStages
-{
-    using StreamStages::StreamStages;
-    int LastPass() const { return lastPass; }
-    int lastPass{0};
-};
 
 TEST(StageTwo, DifferentiatesTheJointsWhereTheyStandAgainstTheWorkingPose)
 {
@@ -451,10 +446,9 @@ TEST(StageTwo, DifferentiatesTheJointsWhereTheyStandAgainstTheWorkingPose)
     double x = 0;
     for (int last = 0; last < 5; ++last) {
         rig.stream.InitializeIkSolver(false);
-        ShortStages stages(rig.stream, false, 2);
-        stages.lastPass = last;
+        StreamStages stages(rig.stream, target, 2, false, last);
         IkJtStateVector result;
-        EXPECT_FALSE(Iterate(stages, target, result, IkJoint::JtLimitAll));
+        EXPECT_FALSE(Iterate(stages, result, IkJoint::JtLimitAll));
         // The joint still stands at 0 and is moved to 0.1; the working pose is at x.
         const double j = (0.1 - x) / 0.1;
         x += j / (j * j + 1.21) * (10 - x);
@@ -462,30 +456,14 @@ TEST(StageTwo, DifferentiatesTheJointsWhereTheyStandAgainstTheWorkingPose)
     }
 }
 
-/// One pass by the first stages, all others by the second.
-struct Switching
+/// The method of the first pass and that of all others.
+struct SwitchingStages : StreamStages
 {
-    StreamStages first;
-    StreamStages later;
-    int pass{0};
-
-    StreamStages& Now() { return pass == 0 ? first : later; }
-    IkJtStateVector& States() { return first.States(); }
-    int LastPass() const { return 3; }
-    double Tolerance() const { return first.Tolerance(); }
-    IkEndState ForwardKinematics() { return first.ForwardKinematics(); }
-    double Objective(const IkEndState& working, const IkEndState& target)
+    using StreamStages::StreamStages;
+    void Jacobian(int pass)
     {
-        return first.Objective(working, target);
-    }
-    void Jacobian(const IkEndState& working, Matrix& jacobian, int ofPass)
-    {
-        pass = ofPass;
-        Now().Jacobian(working, jacobian, pass);
-    }
-    void Step(const IkEndState& target, const IkEndState& working, Matrix& jacobian, Matrix& step)
-    {
-        Now().Step(target, working, jacobian, step);
+        method = pass == 0 ? 1 : 3;
+        StreamStages::Jacobian(pass);
     }
 };
 
@@ -498,8 +476,8 @@ TEST(StageThree, AppliesThePreviousStepAgain)
     // y is out of reach, so no pass succeeds; the one step made is 10 along x.
     IkEndState target = EndState(IkXformMat::Translate(10, 5, 0));
     IkJtStateVector result;
-    Switching stages{{rig.stream, false, 1}, {rig.stream, false, 3}};
-    EXPECT_FALSE(Iterate(stages, target, result, IkJoint::JtLimitAll));
+    SwitchingStages stages(rig.stream, target, 1, false, 3);
+    EXPECT_FALSE(Iterate(stages, result, IkJoint::JtLimitAll));
     ExpectNear(rig.stream.SolverJtStates.GetValVector(), {40}, 1e-9);
 }
 
@@ -513,8 +491,8 @@ TEST(StageFive, NeverTurnsARotaryJoint)
     rig.stream.InitializeIkSolver(false);
     IkEndState target = EndState(IkXformMat::Translate(80, 40, 0), test::kPositionOnly);
     IkJtStateVector result;
-    StreamStages stages(rig.stream, false, 5);
-    EXPECT_FALSE(Iterate(stages, target, result, IkJoint::JtLimitNone));
+    StreamStages stages(rig.stream, target, 5);
+    EXPECT_FALSE(Iterate(stages, result, IkJoint::JtLimitNone));
     EXPECT_EQ(rig.stream.SolverJtStates.GetState(1).GetValue(), 0.25);
 }
 
@@ -527,8 +505,8 @@ TEST(StageOne, OfAnUnregisteredJointHasNoJacobianAndTakesNoStep)
     IkEndState target = EndState(IkXformMat::Translate(10, 0, 0));
     for (const int method : {1, 2, 3}) {
         IkJtStateVector result;
-        StreamStages stages(rig.stream, false, method);
-        EXPECT_FALSE(Iterate(stages, target, result, IkJoint::JtLimitAll));
+        StreamStages stages(rig.stream, target, method);
+        EXPECT_FALSE(Iterate(stages, result, IkJoint::JtLimitAll));
         EXPECT_EQ(rig.stream.SolverJtStates.GetValVector(), Values{0});
     }
 }

@@ -1,9 +1,11 @@
+#include <algorithm>
 #include <limits>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "machine/Arrays.h"
 #include "machine/Rig.h"
 #include "machine/StepMethods.h"
 
@@ -12,7 +14,6 @@
 namespace
 {
 
-using test::ColumnOf;
 using test::ExpectNear;
 using test::MatrixOf;
 using test::Values;
@@ -42,16 +43,20 @@ Values Sum(const Case& given)
     std::vector<int> free = given.free;
     double limit = kLimit;
     const int rank = static_cast<int>(given.s.size());
-    trunnion::Decomposition svd{given.u, given.v, TNT::Array1D<double>(rank), rank};
-    for (int i = 0; i < rank; ++i) {
-        svd.s[i] = given.s[static_cast<std::size_t>(i)];
-    }
-    Matrix error(static_cast<int>(given.error.size()), 1);
-    for (int i = 0; i < error.dim1(); ++i) {
-        error[i][0] = given.error[static_cast<std::size_t>(i)];
-    }
-    return ColumnOf(trunnion::SelectivelyDampedSum(
-        svd, error, given.jacobian, {states, locked, rotary, rotaryIndices, free, limit}));
+    trunnion::Decomposition svd;
+    trunnion::FromColumns(given.u, rank, svd.u);
+    trunnion::FromColumns(given.v, rank, svd.v);
+    svd.s.Resize(1, rank);
+    std::copy(given.s.begin(), given.s.end(), svd.s[0]);
+    svd.rank = rank;
+    trunnion::EndVector error{static_cast<int>(given.error.size()), {}};
+    std::copy(given.error.begin(), given.error.end(), error.e);
+    trunnion::JointMatrix jacobian;
+    trunnion::FromArray(given.jacobian, jacobian);
+    trunnion::JointRow step;
+    trunnion::SelectivelyDampedSum(svd, error, jacobian,
+                                   {states, locked, rotary, rotaryIndices, free, limit}, step);
+    return {step[0], step[0] + step.Cols()};
 }
 
 /// What is left of a rotary entry: gamma / (gamma + the largest rotary entry).

@@ -1,0 +1,54 @@
+#ifndef TRUNNION_MACHINE_KINEMATIC_LOOP_H
+#define TRUNNION_MACHINE_KINEMATIC_LOOP_H
+
+#include "IkStream.h"
+#include "geometry/Affine.h"
+#include "model/ChainProduct.h"
+
+namespace trunnion
+{
+
+/// A stream's loop of tool and part chain, made ready to be evaluated for many vectors of joint
+/// values: the pose of IkStream::SolveFK to the last bit.
+///
+/// Look-ups and constant frames are settled once, products that a move leaves as they are are kept.
+/// A loop with nodes of a host's own class, and one whose evaluation is traced, settles nothing:
+/// each pose is then the stream's own forward kinematics, so that each node is asked each time.
+class KinematicLoop
+{
+  public:
+    KinematicLoop(IkStream& ofStream, bool withToolOnly);
+
+    /// Reads the stream as it stands, for vectors with the joints of `states`. False where the nodes
+    /// have to be asked.
+    bool Settle(const IkJtStateVector& states);
+    /// Nobody else sees the vectors that poses are evaluated for.
+    bool IsSettled() const { return isSettled; }
+
+    /// Readies PoseMoved for single moves away from `states`.
+    void Prepare(IkJtStateVector& states);
+    /// part_to_tool, or base_to_tool where the tool only is asked for.
+    void Pose(IkJtStateVector& states, Affine& pose);
+    /// The same of a settled loop; false where its elements are not all finite.
+    bool TryPose(IkJtStateVector& states, Affine& pose);
+    /// The pose where only the state at `index` has another value since the last Pose or Prepare.
+    void PoseMoved(IkJtStateVector& states, int index, Affine& pose);
+
+  private:
+    bool TryPoseMoved(IkJtStateVector& states, int index, Affine& pose) const;
+    void AskNodes(IkJtStateVector& states, Affine& pose);
+
+    IkStream& stream;
+    bool toolOnly;
+    bool isSettled{false};
+    bool hasPart{false};     // the part side takes part
+    bool isPartFixed{false}; // and stands still
+    ChainProduct toolChain;
+    ChainProduct partChain;
+    const double* baseToTool{nullptr}; // of the last vector
+    Affine partToBase;                 // of the last vector NOLINT(*-member-init)
+};
+
+} // namespace trunnion
+
+#endif

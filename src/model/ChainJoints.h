@@ -1,0 +1,26 @@
+#ifndef TRUNNION_MODEL_CHAIN_JOINTS_H
+#define TRUNNION_MODEL_CHAIN_JOINTS_H
+
+#include "IkChain.h"
+
+namespace trunnion
+{
+
+/// Appends those joints of the chain, at their current values, that `states` does not hold.
+inline void MergeJointStates(const IkChain& chain, IkJtStateVector& states)
+{
+    for (int i = 0; i < chain.Size(); ++i) {
+        IkNode* node = chain.GetAt(i);
+        if (!node->IsJoint()) {
+            continue;
+        }
+        const IkJtState state(node);
+        if (states.FindStateByJointPtr(state.GetJoint()) < 0) {
+            states.AddState(state);
+        }
+    }
+}
+
+} // namespace trunnion
+
+#endif

@@ -1,0 +1,245 @@
+#include "model/ChainProduct.h"
+
+#include <algorithm>
+#include <cmath>
+#include <typeinfo>
+
+#include "model/DirectAccess.h"
+
+namespace trunnion
+{
+
+namespace
+{
+
+bool IsAffine(const double* frame)
+{
+    return frame[12] == 0.0 && frame[13] == 0.0 && frame[14] == 0.0 && frame[15] == 1.0;
+}
+
+bool Turns(const double* frame)
+{
+    return frame[0] != 1.0 || frame[1] != 0.0 || frame[2] != 0.0 || //
+           frame[4] != 0.0 || frame[5] != 1.0 || frame[6] != 0.0 || //
+           frame[8] != 0.0 || frame[9] != 0.0 || frame[10] != 1.0;
+}
+
+bool IsIdentity(const double* frame)
+{
+    return !Turns(frame) && frame[3] == 0.0 && frame[7] == 0.0 && frame[11] == 0.0;
+}
+
+/// original * translation by `d` along one axis. Zeros that the product adds are left in, so that
+/// no element is -0.
+void Slide(const double* original, int axis, double d, double* placed)
+{
+    for (int row = 0; row < 12; row += 4) {
+        for (int k = 0; k < 3; ++k) {
+            placed[row + k] = 0.0 + original[row + k];
+        }
+        placed[row + 3] = (0.0 + original[row + axis] * d) + original[row + 3];
+    }
+}
+
+/// original * rotation that turns the axis `from` towards the axis `to`; `rest` is the third.
+void Turn(const double* original, int from, int to, int rest, double angle, double* placed)
+{
+    const double c = std::cos(angle);
+    const double s = std::sin(angle);
+    const int first = std::min(from, to);
+    const int second = std::max(from, to);
+    // Rows `first` and `second` of the rotation, where it turns the first axis towards the second
+    // or back.
+    const double sine = from < to ? s : -s;
+    const double minusSine = from < to ? -s : s;
+    for (int row = 0; row < 12; row += 4) {
+        placed[row + first] = (0.0 + original[row + first] * c) + original[row + second] * sine;
+        placed[row + second] =
+            (0.0 + original[row + first] * minusSine) + original[row + second] * c;
+        placed[row + rest] = 0.0 + original[row + rest];
+        placed[row + 3] = 0.0 + original[row + 3];
+    }
+}
+
+} // namespace
+
+bool ChainProduct::Settle(const IkChain& chain, const IkJtStateVector& states)
+{
+    count = 0;
+    isEvaluated = false;
+    const int size = chain.Size();
+    if (size > kOwn) {
+        more.resize(static_cast<std::size_t>(size));
+    }
+    links = size > kOwn ? more.data() : own;
+    for (int i = 0; i < size; ++i) {
+        if (!Add(*chain.GetAt(i), states)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool ChainProduct::Add(const IkNode& node, const IkJtStateVector& states)
+{
+    // The class itself, none derived from it: only then is its transform known here.
+    const std::type_info& type = typeid(node);
+    const double* original = DirectAccess::OrigFrame(node);
+    if (type == typeid(IkBody) || type == typeid(IkNode) || type == typeid(IkJoint)) {
+        if (!IsAffine(original)) {
+            return false;
+        }
+        AddFixed(original);
+        return true;
+    }
+    const bool isPrism = type == typeid(IkJtPrism);
+    if (!isPrism && type != typeid(IkJtRot)) {
+        return false;
+    }
+    const auto& joint = static_cast<const IkJoint&>(node);
+    const int axis = DirectAccess::Primitive(joint) -
+                     (isPrism ? IkJoint::JtPrimTransX : IkJoint::JtPrimRotX);
+    if (axis < 0 || axis > 2) {
+        return true; // a joint without motion is the identity
+    }
+    if (!IsAffine(original)) {
+        return false;
+    }
+    const Motion first = isPrism ? Motion::SlideX : Motion::TurnX;
+    AddJoint(joint, static_cast<Motion>(static_cast<int>(first) + axis), states);
+    return true;
+}
+
+ChainProduct::Link& ChainProduct::NewLink()
+{
+    return links[count++];
+}
+
+void ChainProduct::AddFixed(const double* original)
+{
+    if (IsIdentity(original)) {
+        return;
+    }
+    Link& link = NewLink();
+    link.original = original;
+    link.local = original;
+    link.motion = Motion::None;
+    link.turns = Turns(original);
+    link.stateIndex = -1;
+}
+
+void ChainProduct::AddJoint(const IkJoint& joint, Motion motion, const IkJtStateVector& states)
+{
+    Link& link = NewLink();
+    link.original = DirectAccess::OrigFrame(joint);
+    link.local = link.placed.e;
+    link.motion = motion;
+    link.turns = motion >= Motion::TurnX || Turns(link.original);
+    link.isReversed = DirectAccess::IsReversed(joint);
+    link.initialValue = DirectAccess::InitialValue(joint);
+    const int index = states.FindStateByJointPtr(&joint);
+    link.stateIndex = index < states.Size() ? index : -1;
+    link.value = DirectAccess::CurrentValue(joint);
+}
+
+void ChainProduct::Place(const Link& link, double value, Affine& placed)
+{
+    double d = value - link.initialValue;
+    if (link.isReversed) {
+        d = d * -1.0;
+    }
+    switch (link.motion) {
+    case Motion::None:
+        break;
+    case Motion::SlideX:
+        Slide(link.original, 0, d, placed.e);
+        break;
+    case Motion::SlideY:
+        Slide(link.original, 1, d, placed.e);
+        break;
+    case Motion::SlideZ:
+        Slide(link.original, 2, d, placed.e);
+        break;
+    case Motion::TurnX:
+        Turn(link.original, 1, 2, 0, d, placed.e);
+        break;
+    case Motion::TurnY:
+        Turn(link.original, 2, 0, 1, d, placed.e);
+        break;
+    case Motion::TurnZ:
+        Turn(link.original, 0, 1, 2, d, placed.e);
+        break;
+    }
+}
+
+void ChainProduct::Append(const double* baseToParent, const Link& link, const double* local,
+                          double* baseToNode)
+{
+    if (link.turns) {
+        Multiply(baseToParent, local, baseToNode);
+    } else {
+        MultiplyByShift(baseToParent, local, baseToNode);
+    }
+}
+
+const double* ChainProduct::BaseTo(int link) const
+{
+    return link < 0 ? kIdentityAffine.e : links[link].baseToNode.e;
+}
+
+const double* ChainProduct::Evaluate(IkJtStateVector& states)
+{
+    int first = isEvaluated ? count : 0;
+    for (int i = 0; i < count; ++i) {
+        Link& link = links[i];
+        if (link.motion == Motion::None) {
+            continue;
+        }
+        const double value =
+            link.stateIndex < 0 ? link.value : states.GetState(link.stateIndex).GetValue();
+        // Zeros of either sign place a joint alike; a NaN is placed again and again.
+        if (!isEvaluated || !(value == link.value)) {
+            link.value = value;
+            Place(link, value, link.placed);
+            first = std::min(first, i);
+        }
+    }
+    for (int i = first; i < count; ++i) {
+        Append(BaseTo(i - 1), links[i], links[i].local, links[i].baseToNode.e);
+    }
+    isEvaluated = true;
+    return BaseTo(count - 1);
+}
+
+bool ChainProduct::Moves(int index) const
+{
+    return std::any_of(links, links + count,
+                       [index](const Link& link) { return link.stateIndex == index; });
+}
+
+void ChainProduct::EvaluateMoved(int index, double value, Affine& baseToTip) const
+{
+    int i = 0;
+    while (links[i].stateIndex != index) {
+        ++i;
+    }
+    Affine scratch; // NOLINT(*-member-init)
+    Affine placed;  // NOLINT(*-member-init)
+    const double* before = BaseTo(i - 1);
+    // The two take turns, so that the last product lands in the result.
+    double* here = (count - i) % 2 == 1 ? baseToTip.e : scratch.e;
+    double* next = here == scratch.e ? baseToTip.e : scratch.e;
+    for (; i < count; ++i) {
+        const Link& link = links[i];
+        if (link.stateIndex == index) {
+            Place(link, value, placed);
+            Append(before, link, placed.e, here);
+        } else {
+            Append(before, link, link.local, here);
+        }
+        before = here;
+        std::swap(here, next);
+    }
+}
+
+} // namespace trunnion
