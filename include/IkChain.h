@@ -48,6 +48,8 @@ class IK_API IkChain
     bool operator<(const IkChain& other) const;  //!< fewer nodes
 
   private:
+    friend struct trunnion::DirectAccess;
+
     std::vector<IkNode*> nodes;
 };
 

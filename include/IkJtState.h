@@ -48,6 +48,8 @@ class IK_API IkJtState
     void SetValue(double newValue);
 
   private:
+    friend struct trunnion::DirectAccess;
+
     double value{0.0};
     IkJoint* joint{nullptr};
 };
@@ -129,6 +131,8 @@ class IK_API IkJtStateVector
     void TraceDump(const wchar_t* label) const;
 
   private:
+    friend struct trunnion::DirectAccess;
+
     using JointIndex = std::pair<const IkJoint*, int>;
 
     std::vector<JointIndex>::const_iterator FindIndex(const IkJoint* joint) const;

@@ -1,13 +1,17 @@
 #ifndef TRUNNION_GEOMETRY_AFFINE_H
 #define TRUNNION_GEOMETRY_AFFINE_H
 
+#include "geometry/Lanes.h"
+
 // Transforms whose bottom row is 0 0 0 1, as their upper three rows: twelve doubles, row by row, as
 // the matrix class stores them.
 //
 // The products below leave out what meets a known 0 or 1. Where every element of the result is
-// finite they are the full 4x4 products to the last bit, signs of zeros included:
-//   - A sum that starts from +0 is never -0, since adding gives -0 only for two of them. Adding a
-//     zero of either sign to it therefore changes nothing, and neither does multiplying by 1.
+// finite they are the full 4x4 products, each sum begun with +0, to the last bit, signs of zeros
+// included:
+//   - A sum that begins with +0 is never -0, since adding gives -0 only for two of them. Adding a
+//     zero of either sign to it therefore changes nothing, nor does multiplying by 1. Adding the +0
+//     last instead of first gives the same, and so does adding anything but a -0 last.
 //   - Products with a zero are zeros unless the other factor is infinite or NaN. Such an element of
 //     a left factor stays in its row, and of a right factor in its column, of every further
 //     product, so a result that is finite throughout shows that there was none on the way.
@@ -25,18 +29,16 @@ inline constexpr Affine kIdentityAffine{{1, 0, 0, 0, //
                                          0, 1, 0, 0, //
                                          0, 0, 1, 0}};
 
-/// a * b; `ab` is neither of the two.
+/// a * b, where no offset of a is -0; `ab` is neither of the two.
 inline void Multiply(const double* a, const double* b, double* ab)
 {
     for (int i = 0; i < 12; i += 4) {
-        double row[4];
-        for (int k = 0; k < 4; ++k) {
-            row[k] = ((0.0 + a[i] * b[k]) + a[i + 1] * b[4 + k]) + a[i + 2] * b[8 + k];
-        }
-        row[3] = row[3] + a[i + 3];
-        for (int k = 0; k < 4; ++k) {
-            ab[i + k] = row[k];
-        }
+        const Lanes left = a[i] * LoadLanes(b) + a[i + 1] * LoadLanes(b + 4) +
+                           a[i + 2] * LoadLanes(b + 8) + Lanes{0.0, 0.0};
+        const Lanes right = a[i] * LoadLanes(b + 2) + a[i + 1] * LoadLanes(b + 6) +
+                            a[i + 2] * LoadLanes(b + 10) + Lanes{0.0, a[i + 3]};
+        StoreLanes(left, ab + i);
+        StoreLanes(right, ab + i + 2);
     }
 }
 
@@ -47,8 +49,7 @@ inline void MultiplyByShift(const double* a, const double* b, double* ab)
         ab[i] = a[i];
         ab[i + 1] = a[i + 1];
         ab[i + 2] = a[i + 2];
-        ab[i + 3] =
-            (((0.0 + a[i] * b[3]) + a[i + 1] * b[7]) + a[i + 2] * b[11]) + a[i + 3];
+        ab[i + 3] = ((a[i] * b[3] + a[i + 1] * b[7]) + a[i + 2] * b[11]) + a[i + 3];
     }
 }
 
@@ -68,11 +69,12 @@ inline void InvertRigid(const double* a, double* inverse)
 
 inline bool IsFinite(const double* a)
 {
-    double sum = 0.0; // of differences that are 0, or NaN
-    for (int i = 0; i < 12; ++i) {
-        sum += a[i] - a[i];
+    Lanes sum{0.0, 0.0}; // of differences that are 0, or NaN
+    for (int i = 0; i < 12; i += 2) {
+        const Lanes x = LoadLanes(a + i);
+        sum += x - x;
     }
-    return sum == 0.0;
+    return sum[0] == 0.0 && sum[1] == 0.0;
 }
 
 } // namespace trunnion

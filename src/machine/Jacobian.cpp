@@ -31,10 +31,9 @@ void DifferentiateColumn(KinematicLoop& loop, IkJtStateVector& states, int index
     loop.PoseMoved(states, index, pose);
     state.SetValue(value);
 
-    EndVector moved; // NOLINT(*-member-init)
-    ToEndVector(pose.e, reference.filter, moved);
     for (int row = 0; row < jacobian.Rows(); ++row) {
-        const double quotient = (moved.e[row] - reference.vector.e[row]) / d;
+        const double moved = pose.e[reference.entries.offsets[row]];
+        const double quotient = (moved - reference.vector.e[row]) / d;
         jacobian[row][column] = std::fabs(quotient) > kTinyValue ? quotient : 0.0; // NaN gives 0
     }
 }
@@ -44,7 +43,7 @@ void DifferentiateColumn(KinematicLoop& loop, IkJtStateVector& states, int index
 Reference ReferenceOf(const IkEndState& state)
 {
     Reference reference; // NOLINT(*-member-init)
-    reference.filter = FilterOf(state);
+    reference.entries = EntriesOf(FilterOf(state));
     ToEndVector(state, reference.vector);
     return reference;
 }

@@ -12,11 +12,11 @@
 namespace trunnion
 {
 
-/// Where the differences start from: an end-state vector and the filter that selected it.
+/// Where the differences start from: an end-state vector and where its entries stand in a pose.
 struct Reference
 {
     EndVector vector;
-    Filter filter;
+    EndEntries entries;
 };
 
 Reference ReferenceOf(const IkEndState& state);

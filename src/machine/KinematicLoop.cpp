@@ -71,7 +71,7 @@ void KinematicLoop::Pose(IkJtStateVector& states, Affine& pose)
 
 bool KinematicLoop::TryPoseMoved(IkJtStateVector& states, int index, Affine& pose) const
 {
-    const double value = states.GetState(index).GetValue();
+    const double value = DirectAccess::Value(states, index);
     Affine movedTool;       // NOLINT(*-member-init)
     Affine movedPart;       // NOLINT(*-member-init)
     Affine movedPartToBase; // NOLINT(*-member-init)

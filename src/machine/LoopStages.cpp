@@ -60,16 +60,17 @@ double LoopStages::Error()
 {
     Affine pose; // NOLINT(*-member-init)
     loop.Pose(fields.states, pose);
-    working.filter = FilterOf(target);
-    ToEndVector(pose.e, working.filter, working.vector);
-    ToEndVector(target, wanted);
+    const Filter filter = FilterOf(target);
+    working.entries = EntriesOf(filter);
+    ToEndVector(pose.e, working.entries, working.vector);
+    ToEndVector(target.GetCompleteState()[0], working.entries, wanted);
     if (rules.isTraced) {
         IkEndState current;
         DirectAccess::SetPose(current, pose.e);
         current.CopyFilter(target);
         TraceObjective(current, target);
     }
-    error = PoseError(working.vector, wanted, working.filter[3], rules.directionTolerance);
+    error = PoseError(working.vector, wanted, filter[3], rules.directionTolerance);
     return error;
 }
 

@@ -67,20 +67,18 @@ using Array = TNT::Array2D<Counted>;
 const double kSmallestMagnitude = std::ldexp(1.0, -960);
 const double kLargestMagnitude = std::ldexp(1.0, 1000);
 
-/// The largest magnitude, or NaN or infinity when there is one.
+/// The largest magnitude; NaN when an element is not finite.
 double LargestMagnitude(const JointMatrix& matrix)
 {
     double largest = 0.0;
-    for (int i = 0; i < matrix.Rows(); ++i) {
-        for (int j = 0; j < matrix.Cols(); ++j) {
-            const double magnitude = std::fabs(matrix[i][j]);
-            if (!std::isfinite(magnitude)) {
-                return magnitude;
-            }
-            largest = std::max(largest, magnitude);
-        }
+    double sum = 0.0; // of differences that are 0, or NaN
+    const int count = matrix.Rows() * matrix.Cols();
+    const double* elements = matrix[0];
+    for (int i = 0; i < count; ++i) {
+        largest = std::max(largest, std::fabs(elements[i]));
+        sum += elements[i] - elements[i];
     }
-    return largest;
+    return largest + sum;
 }
 
 /// The matrix, or its transpose where that is the taller, times a power of two.

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "geometry/Angles.h"
+#include "geometry/Lanes.h"
 #include "model/Indexing.h"
 
 namespace trunnion
@@ -22,14 +23,24 @@ void SetToZero(int size, JointRow& step)
 }
 
 /// Adds one singular value's term to a step: entry k gets the product of row k of an outer product
-/// v_i u_i' with an error vector, summed from 0. `summand(k, c)` is the c-th of it.
+/// v_i u_i' with an error vector, summed from 0. `summand(v_k, c)` is the c-th of it, for one entry
+/// or for two side by side.
 template <class Summand>
-void AddTerm(int rows, int columns, double* step, const Summand& summand)
+void AddTerm(const double* v, int rows, int columns, double* step, const Summand& summand)
 {
-    for (int k = 0; k < rows; ++k) {
+    int k = 0;
+    for (; k + 1 < rows; k += 2) {
+        const Lanes pair = LoadLanes(v + k);
+        Lanes sum{0.0, 0.0};
+        for (int c = 0; c < columns; ++c) {
+            sum += summand(pair, c);
+        }
+        StoreLanes(LoadLanes(step + k) + sum, step + k);
+    }
+    for (; k < rows; ++k) {
         double sum = 0.0;
         for (int c = 0; c < columns; ++c) {
-            sum += summand(k, c);
+            sum += summand(v[k], c);
         }
         step[k] += sum;
     }
@@ -40,14 +51,13 @@ void AddPseudoInverseTerm(const Decomposition& svd, const EndVector& e, int i, i
                           double* step)
 {
     const int columns = std::min(svd.u.Cols(), e.size);
-    double quotients[12]; // NOLINT(*-member-init): the first `columns` are set
+    double quotients[12]; // the first `columns` are set
     for (int c = 0; c < columns; ++c) {
         quotients[c] = e.e[c] / svd.s[0][i];
     }
     const double* u = svd.u[i];
-    const double* v = svd.v[i];
-    AddTerm(std::min(size, svd.v.Cols()), columns, step,
-            [&](int k, int c) { return (v[k] * u[c]) * quotients[c]; });
+    AddTerm(svd.v[i], std::min(size, svd.v.Cols()), columns, step,
+            [u, &quotients](auto v, int c) { return (v * u[c]) * quotients[c]; });
 }
 
 /// Euclidean norm of `scale` times rows `first` to `first` + 2 of a column.
@@ -146,9 +156,8 @@ void DampedSum(const Decomposition& svd, const EndVector& e, int size, JointRow&
         const double s = svd.s[0][i];
         const double w = s / (s * s + kLambda * kLambda);
         const double* u = svd.u[i];
-        const double* v = svd.v[i];
-        AddTerm(std::min(size, svd.v.Cols()), std::min(svd.u.Cols(), e.size), step[0],
-                [&](int k, int c) { return (w * (v[k] * u[c])) * e.e[c]; });
+        AddTerm(svd.v[i], std::min(size, svd.v.Cols()), std::min(svd.u.Cols(), e.size), step[0],
+                [w, u, &e](auto v, int c) { return (w * (v * u[c])) * e.e[c]; });
     }
 }
 

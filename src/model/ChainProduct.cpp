@@ -67,33 +67,31 @@ bool ChainProduct::Settle(const IkChain& chain, const IkJtStateVector& states)
 {
     count = 0;
     isEvaluated = false;
-    const int size = chain.Size();
-    if (size > kOwn) {
-        more.resize(static_cast<std::size_t>(size));
+    const std::vector<IkNode*>& nodes = DirectAccess::Nodes(chain);
+    const bool isLong = nodes.size() > kOwn;
+    if (isLong) {
+        more.resize(nodes.size());
     }
-    links = size > kOwn ? more.data() : own;
-    for (int i = 0; i < size; ++i) {
-        if (!Add(*chain.GetAt(i), states)) {
-            return false;
-        }
-    }
-    return true;
+    links = isLong ? more.data() : own;
+    return std::all_of(nodes.begin(), nodes.end(),
+                       [this, &states](const IkNode* node) { return Add(*node, states); });
 }
 
 bool ChainProduct::Add(const IkNode& node, const IkJtStateVector& states)
 {
-    // The class itself, none derived from it: only then is its transform known here.
-    const std::type_info& type = typeid(node);
+    // The class itself, none derived from it: only then is its transform known here. Addresses will
+    // do: a class whose description stands twice in the process is taken for a host's own.
+    const std::type_info* type = &typeid(node);
     const double* original = DirectAccess::OrigFrame(node);
-    if (type == typeid(IkBody) || type == typeid(IkNode) || type == typeid(IkJoint)) {
+    if (type == &typeid(IkBody) || type == &typeid(IkNode) || type == &typeid(IkJoint)) {
         if (!IsAffine(original)) {
             return false;
         }
         AddFixed(original);
         return true;
     }
-    const bool isPrism = type == typeid(IkJtPrism);
-    if (!isPrism && type != typeid(IkJtRot)) {
+    const bool isPrism = type == &typeid(IkJtPrism);
+    if (!isPrism && type != &typeid(IkJtRot)) {
         return false;
     }
     const auto& joint = static_cast<const IkJoint&>(node);
@@ -196,7 +194,7 @@ const double* ChainProduct::Evaluate(IkJtStateVector& states)
             continue;
         }
         const double value =
-            link.stateIndex < 0 ? link.value : states.GetState(link.stateIndex).GetValue();
+            link.stateIndex < 0 ? link.value : DirectAccess::Value(states, link.stateIndex);
         // Zeros of either sign place a joint alike; a NaN is placed again and again.
         if (!isEvaluated || !(value == link.value)) {
             link.value = value;

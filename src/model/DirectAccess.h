@@ -3,8 +3,10 @@
 
 #include <algorithm>
 
+#include "IkChain.h"
 #include "IkEndState.h"
 #include "IkJoint.h"
+#include "model/Indexing.h"
 
 namespace trunnion
 {
@@ -20,6 +22,14 @@ struct DirectAccess
     static double CurrentValue(const IkJoint& joint) { return joint.currentValue; }
     static double InitialValue(const IkJoint& joint) { return joint.initialValue; }
     static bool IsReversed(const IkJoint& joint) { return joint.directionReversed; }
+
+    static const std::vector<IkNode*>& Nodes(const IkChain& chain) { return chain.nodes; }
+
+    /// `index` is in range.
+    static double& Value(IkJtStateVector& states, int index)
+    {
+        return states.states[ToIndex(index)].value;
+    }
 
     /// Sets the upper three rows of the pose.
     static void SetPose(IkEndState& state, const double* rows)

@@ -22,16 +22,33 @@ struct EndVector
     double e[12]; // the first `size` are set
 };
 
-/// `pose` holds the upper three rows of a transform, row by row.
-inline void ToEndVector(const double* pose, const Filter& filter, EndVector& vector)
+/// Where the entries of an end-state vector stand in a pose of four columns.
+struct EndEntries
 {
-    vector.size = 0;
+    int size;
+    int offsets[12]; // the first `size` are set
+};
+
+inline EndEntries EntriesOf(const Filter& filter)
+{
+    EndEntries entries; // NOLINT(*-member-init)
+    entries.size = 0;
     for (const int column : kComponentColumns) {
         if (filter.at(static_cast<std::size_t>(column))) {
             for (int row = 0; row < 3; ++row) {
-                vector.e[vector.size++] = pose[4 * row + column];
+                entries.offsets[entries.size++] = 4 * row + column;
             }
         }
+    }
+    return entries;
+}
+
+/// `pose` holds the upper three rows of a transform, row by row.
+inline void ToEndVector(const double* pose, const EndEntries& entries, EndVector& vector)
+{
+    vector.size = entries.size;
+    for (int i = 0; i < entries.size; ++i) {
+        vector.e[i] = pose[entries.offsets[i]];
     }
 }
 
@@ -44,7 +61,7 @@ inline Filter FilterOf(const IkEndState& state)
 
 inline void ToEndVector(const IkEndState& state, EndVector& vector)
 {
-    ToEndVector(state.GetCompleteState()[0], FilterOf(state), vector);
+    ToEndVector(state.GetCompleteState()[0], EntriesOf(FilterOf(state)), vector);
 }
 
 } // namespace trunnion

@@ -1,11 +1,19 @@
 #include "IkJtState.h"
 
+#include <typeinfo>
+
 namespace
 {
 
 IkJoint* AsJoint(IkNode* node)
 {
-    return node != nullptr && node->IsJoint() ? dynamic_cast<IkJoint*>(node) : nullptr;
+    if (node == nullptr || !node->IsJoint()) {
+        return nullptr;
+    }
+    // The usual classes need no search among the bases.
+    const std::type_info* type = &typeid(*node);
+    return type == &typeid(IkJtPrism) || type == &typeid(IkJtRot) ? static_cast<IkJoint*>(node)
+                                                                  : dynamic_cast<IkJoint*>(node);
 }
 
 } // namespace
