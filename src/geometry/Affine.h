@@ -29,41 +29,63 @@ inline constexpr Affine kIdentityAffine{{1, 0, 0, 0, //
                                          0, 1, 0, 0, //
                                          0, 0, 1, 0}};
 
-/// a * b, where no offset of a is -0; `ab` is neither of the two.
-inline void Multiply(const double* a, const double* b, double* ab)
+/// How far an offset reaches in the axes of a: the rotation of a times `x`, `y`, `z`.
+inline void Turn(const double* a, double x, double y, double z, double* turned)
 {
-    for (int i = 0; i < 12; i += 4) {
-        const Lanes left = a[i] * LoadLanes(b) + a[i + 1] * LoadLanes(b + 4) +
-                           a[i + 2] * LoadLanes(b + 8) + Lanes{0.0, 0.0};
-        const Lanes right = a[i] * LoadLanes(b + 2) + a[i + 1] * LoadLanes(b + 6) +
-                            a[i + 2] * LoadLanes(b + 10) + Lanes{0.0, a[i + 3]};
-        StoreLanes(left, ab + i);
-        StoreLanes(right, ab + i + 2);
+    for (int i = 0; i < 3; ++i) {
+        turned[i] = (a[4 * i] * x + a[4 * i + 1] * y) + a[4 * i + 2] * z;
     }
 }
 
-/// a * b where b does not turn, and no element of a is -0, as in any product.
-inline void MultiplyByShift(const double* a, const double* b, double* ab)
+/// a * b, where no offset of a is -0; `ab` is neither of the two. `lever` receives the offset of b
+/// in the axes of a, the sum to which the offset of a was added.
+inline void Multiply(const double* a, const double* b, double* ab, double* lever)
 {
-    for (int i = 0; i < 12; i += 4) {
-        ab[i] = a[i];
-        ab[i + 1] = a[i + 1];
-        ab[i + 2] = a[i + 2];
-        ab[i + 3] = ((a[i] * b[3] + a[i + 1] * b[7]) + a[i + 2] * b[11]) + a[i + 3];
+    for (int i = 0; i < 3; ++i) {
+        const double* row = a + 4 * i;
+        const Lanes left = row[0] * LoadLanes(b) + row[1] * LoadLanes(b + 4) +
+                           row[2] * LoadLanes(b + 8) + Lanes{0.0, 0.0};
+        const Lanes right = row[0] * LoadLanes(b + 2) + row[1] * LoadLanes(b + 6) +
+                            row[2] * LoadLanes(b + 10);
+        StoreLanes(left, ab + 4 * i);
+        StoreLanes(right + Lanes{0.0, row[3]}, ab + 4 * i + 2);
+        lever[i] = right[1];
+    }
+}
+
+/// The same where b does not turn, and no element of a is -0, as in any product.
+inline void MultiplyByShift(const double* a, const double* b, double* ab, double* lever)
+{
+    Turn(a, b[3], b[7], b[11], lever);
+    for (int i = 0; i < 3; ++i) {
+        StoreLanes(LoadLanes(a + 4 * i), ab + 4 * i);
+        ab[4 * i + 2] = a[4 * i + 2];
+        ab[4 * i + 3] = lever[i] + a[4 * i + 3];
+    }
+}
+
+/// The offset of the inverse of a rigid transform with the rotation of a and the offset x, y, z.
+inline void InvertOffset(const double* a, double x, double y, double z, double* offset)
+{
+    const double negated[3]{x * -1.0, y * -1.0, z * -1.0};
+    for (int i = 0; i < 3; ++i) {
+        offset[i] = 0.0;
+        for (int j = 0; j < 3; ++j) {
+            offset[i] = offset[i] + a[4 * j + i] * negated[j];
+        }
     }
 }
 
 /// The inverse of a rigid transform.
 inline void InvertRigid(const double* a, double* inverse)
 {
-    const double negated[3]{a[3] * -1.0, a[7] * -1.0, a[11] * -1.0};
+    double offset[3];
+    InvertOffset(a, a[3], a[7], a[11], offset);
     for (int i = 0; i < 3; ++i) {
-        double offset = 0.0;
         for (int j = 0; j < 3; ++j) {
             inverse[4 * i + j] = a[4 * j + i];
-            offset = offset + a[4 * j + i] * negated[j];
         }
-        inverse[4 * i + 3] = offset;
+        inverse[4 * i + 3] = offset[i];
     }
 }
 

@@ -1,6 +1,7 @@
 #include "machine/KinematicLoop.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "geometry/Trace.h"
 #include "model/DirectAccess.h"
@@ -40,6 +41,16 @@ bool KinematicLoop::Settle(const IkJtStateVector& states)
     return isSettled;
 }
 
+void KinematicLoop::Join(const double* fromPart, const double* toTool, Affine& pose) const
+{
+    if (hasPart) {
+        double lever[3];
+        Multiply(fromPart, toTool, pose.e, lever);
+    } else {
+        Copy(toTool, pose);
+    }
+}
+
 void KinematicLoop::Prepare(IkJtStateVector& states)
 {
     if (!isSettled) {
@@ -47,19 +58,18 @@ void KinematicLoop::Prepare(IkJtStateVector& states)
     }
     baseToTool = toolChain.Evaluate(states);
     if (hasPart && !isPartFixed) {
-        InvertRigid(partChain.Evaluate(states), partToBase.e);
+        baseToPart = partChain.Evaluate(states);
+        InvertRigid(baseToPart, partToBase.e);
     }
+    Join(partToBase.e, baseToTool, lastPose);
+    isFinite = IsFinite(lastPose.e);
 }
 
 bool KinematicLoop::TryPose(IkJtStateVector& states, Affine& pose)
 {
     Prepare(states);
-    if (hasPart) {
-        Multiply(partToBase.e, baseToTool, pose.e);
-    } else {
-        Copy(baseToTool, pose);
-    }
-    return IsFinite(pose.e);
+    pose = lastPose;
+    return isFinite;
 }
 
 void KinematicLoop::Pose(IkJtStateVector& states, Affine& pose)
@@ -69,9 +79,13 @@ void KinematicLoop::Pose(IkJtStateVector& states, Affine& pose)
     }
 }
 
-bool KinematicLoop::TryPoseMoved(IkJtStateVector& states, int index, Affine& pose) const
+bool KinematicLoop::IsPartMovedBy(int index) const
 {
-    const double value = DirectAccess::Value(states, index);
+    return hasPart && !isPartFixed && partChain.Moves(index);
+}
+
+bool KinematicLoop::TryPoseTurned(int index, double value, Affine& pose) const
+{
     Affine movedTool;       // NOLINT(*-member-init)
     Affine movedPart;       // NOLINT(*-member-init)
     Affine movedPartToBase; // NOLINT(*-member-init)
@@ -81,22 +95,52 @@ bool KinematicLoop::TryPoseMoved(IkJtStateVector& states, int index, Affine& pos
         toolChain.EvaluateMoved(index, value, movedTool);
         tool = movedTool.e;
     }
-    if (hasPart && !isPartFixed && partChain.Moves(index)) {
+    if (IsPartMovedBy(index)) {
         partChain.EvaluateMoved(index, value, movedPart);
         InvertRigid(movedPart.e, movedPartToBase.e);
         fromPart = movedPartToBase.e;
     }
-    if (hasPart) {
-        Multiply(fromPart, tool, pose.e);
-    } else {
-        Copy(tool, pose);
-    }
+    Join(fromPart, tool, pose);
     return IsFinite(pose.e);
+}
+
+/// The offset alone changes, and it alone is calculated anew.
+bool KinematicLoop::TryPoseSlid(int index, double value, Affine& pose) const
+{
+    double tool[3]{baseToTool[3], baseToTool[7], baseToTool[11]};
+    double part[3]{partToBase.e[3], partToBase.e[7], partToBase.e[11]};
+    if (toolChain.Moves(index)) {
+        toolChain.EvaluateSlid(index, value, tool);
+    }
+    if (IsPartMovedBy(index)) {
+        double moved[3];
+        partChain.EvaluateSlid(index, value, moved);
+        InvertOffset(baseToPart, moved[0], moved[1], moved[2], part);
+    }
+    pose = lastPose;
+    if (hasPart) {
+        double lever[3];
+        Turn(partToBase.e, tool[0], tool[1], tool[2], lever);
+        for (int row = 0; row < 3; ++row) {
+            pose.e[4 * row + 3] = lever[row] + part[row];
+        }
+    } else {
+        for (int row = 0; row < 3; ++row) {
+            pose.e[4 * row + 3] = tool[row];
+        }
+    }
+    return std::isfinite(pose.e[3]) && std::isfinite(pose.e[7]) && std::isfinite(pose.e[11]);
+}
+
+bool KinematicLoop::TryPoseMoved(int index, double value, Affine& pose) const
+{
+    const bool slides = toolChain.Slides(index) || (hasPart && partChain.Slides(index));
+    return isFinite && slides ? TryPoseSlid(index, value, pose) : TryPoseTurned(index, value, pose);
 }
 
 void KinematicLoop::PoseMoved(IkJtStateVector& states, int index, Affine& pose)
 {
-    if (!isSettled || !TryPoseMoved(states, index, pose)) {
+    if (!isSettled || !TryPoseMoved(index, DirectAccess::Value(states, index), pose)) {
         AskNodes(states, pose);
     }
 }

@@ -35,7 +35,11 @@ class KinematicLoop
     void PoseMoved(IkJtStateVector& states, int index, Affine& pose);
 
   private:
-    bool TryPoseMoved(IkJtStateVector& states, int index, Affine& pose) const;
+    bool TryPoseMoved(int index, double value, Affine& pose) const;
+    bool TryPoseTurned(int index, double value, Affine& pose) const;
+    bool TryPoseSlid(int index, double value, Affine& pose) const;
+    bool IsPartMovedBy(int index) const;
+    void Join(const double* partToBase, const double* baseToTool, Affine& pose) const;
     void AskNodes(IkJtStateVector& states, Affine& pose);
 
     IkStream& stream;
@@ -45,8 +49,12 @@ class KinematicLoop
     bool isPartFixed{false}; // and stands still
     ChainProduct toolChain;
     ChainProduct partChain;
-    const double* baseToTool{nullptr}; // of the last vector
-    Affine partToBase;                 // of the last vector NOLINT(*-member-init)
+    // Of the last vector.
+    const double* baseToTool{nullptr};
+    const double* baseToPart{nullptr};
+    Affine partToBase; // NOLINT(*-member-init)
+    Affine lastPose;   // NOLINT(*-member-init)
+    bool isFinite{false};
 };
 
 } // namespace trunnion

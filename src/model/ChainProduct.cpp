@@ -29,20 +29,27 @@ bool IsIdentity(const double* frame)
     return !Turns(frame) && frame[3] == 0.0 && frame[7] == 0.0 && frame[11] == 0.0;
 }
 
-/// original * translation by `d` along one axis. Zeros that the product adds are left in, so that
-/// no element is -0.
+/// The offset of original * translation by `d` along one axis, in the fourth column. The +0 with
+/// which the sums of the product begin is left in, so that no element is -0.
 void Slide(const double* original, int axis, double d, double* placed)
+{
+    for (int row = 0; row < 12; row += 4) {
+        placed[row + 3] = (0.0 + original[row + axis] * d) + original[row + 3];
+    }
+}
+
+/// The rotation, which is that of the original frame.
+void PlaceSlide(const double* original, double* placed)
 {
     for (int row = 0; row < 12; row += 4) {
         for (int k = 0; k < 3; ++k) {
             placed[row + k] = 0.0 + original[row + k];
         }
-        placed[row + 3] = (0.0 + original[row + axis] * d) + original[row + 3];
     }
 }
 
 /// original * rotation that turns the axis `from` towards the axis `to`; `rest` is the third.
-void Turn(const double* original, int from, int to, int rest, double angle, double* placed)
+void TurnAbout(const double* original, int from, int to, int rest, double angle, double* placed)
 {
     const double c = std::cos(angle);
     const double s = std::sin(angle);
@@ -138,6 +145,9 @@ void ChainProduct::AddJoint(const IkJoint& joint, Motion motion, const IkJtState
     const int index = states.FindStateByJointPtr(&joint);
     link.stateIndex = index < states.Size() ? index : -1;
     link.value = DirectAccess::CurrentValue(joint);
+    if (IsSlide(link)) {
+        PlaceSlide(link.original, link.placed.e);
+    }
 }
 
 void ChainProduct::Place(const Link& link, double value, Affine& placed)
@@ -159,24 +169,29 @@ void ChainProduct::Place(const Link& link, double value, Affine& placed)
         Slide(link.original, 2, d, placed.e);
         break;
     case Motion::TurnX:
-        Turn(link.original, 1, 2, 0, d, placed.e);
+        TurnAbout(link.original, 1, 2, 0, d, placed.e);
         break;
     case Motion::TurnY:
-        Turn(link.original, 2, 0, 1, d, placed.e);
+        TurnAbout(link.original, 2, 0, 1, d, placed.e);
         break;
     case Motion::TurnZ:
-        Turn(link.original, 0, 1, 2, d, placed.e);
+        TurnAbout(link.original, 0, 1, 2, d, placed.e);
         break;
     }
 }
 
+bool ChainProduct::IsSlide(const Link& link)
+{
+    return link.motion >= Motion::SlideX && link.motion <= Motion::SlideZ;
+}
+
 void ChainProduct::Append(const double* baseToParent, const Link& link, const double* local,
-                          double* baseToNode)
+                          double* baseToNode, double* lever)
 {
     if (link.turns) {
-        Multiply(baseToParent, local, baseToNode);
+        Multiply(baseToParent, local, baseToNode, lever);
     } else {
-        MultiplyByShift(baseToParent, local, baseToNode);
+        MultiplyByShift(baseToParent, local, baseToNode, lever);
     }
 }
 
@@ -187,56 +202,103 @@ const double* ChainProduct::BaseTo(int link) const
 
 const double* ChainProduct::Evaluate(IkJtStateVector& states)
 {
-    int first = isEvaluated ? count : 0;
+    // What changes from a link on: nothing yet, offsets, or everything.
+    enum { Nothing, Offsets, All } changed = isEvaluated ? Nothing : All;
     for (int i = 0; i < count; ++i) {
         Link& link = links[i];
-        if (link.motion == Motion::None) {
-            continue;
+        bool isMoved = false;
+        if (link.motion != Motion::None) {
+            const double value =
+                link.stateIndex < 0 ? link.value : DirectAccess::Value(states, link.stateIndex);
+            // Zeros of either sign place a joint alike; a NaN is placed again and again.
+            isMoved = !isEvaluated || !(value == link.value);
+            if (isMoved) {
+                link.value = value;
+                Place(link, value, link.placed);
+                changed = IsSlide(link) ? std::max(changed, Offsets) : All;
+            }
         }
-        const double value =
-            link.stateIndex < 0 ? link.value : DirectAccess::Value(states, link.stateIndex);
-        // Zeros of either sign place a joint alike; a NaN is placed again and again.
-        if (!isEvaluated || !(value == link.value)) {
-            link.value = value;
-            Place(link, value, link.placed);
-            first = std::min(first, i);
+        if (changed == All) {
+            Append(BaseTo(i - 1), link, link.local, link.baseToNode.e, link.lever);
+        } else if (changed == Offsets) {
+            const double* parent = BaseTo(i - 1);
+            if (isMoved) {
+                Turn(parent, link.placed.e[3], link.placed.e[7], link.placed.e[11], link.lever);
+            }
+            for (int row = 0; row < 3; ++row) {
+                link.baseToNode.e[4 * row + 3] = link.lever[row] + parent[4 * row + 3];
+            }
         }
-    }
-    for (int i = first; i < count; ++i) {
-        Append(BaseTo(i - 1), links[i], links[i].local, links[i].baseToNode.e);
     }
     isEvaluated = true;
     return BaseTo(count - 1);
 }
 
+/// The first link that the state at `index` moves, or the number of links.
+int ChainProduct::FirstLink(int index) const
+{
+    int i = 0;
+    while (i < count && links[i].stateIndex != index) {
+        ++i;
+    }
+    return i;
+}
+
 bool ChainProduct::Moves(int index) const
 {
-    return std::any_of(links, links + count,
-                       [index](const Link& link) { return link.stateIndex == index; });
+    return FirstLink(index) < count;
+}
+
+bool ChainProduct::Slides(int index) const
+{
+    const int i = FirstLink(index);
+    return i < count && IsSlide(links[i]);
 }
 
 void ChainProduct::EvaluateMoved(int index, double value, Affine& baseToTip) const
 {
-    int i = 0;
-    while (links[i].stateIndex != index) {
-        ++i;
-    }
     Affine scratch; // NOLINT(*-member-init)
     Affine placed;  // NOLINT(*-member-init)
+    double lever[3];
+    int i = FirstLink(index);
     const double* before = BaseTo(i - 1);
     // The two take turns, so that the last product lands in the result.
     double* here = (count - i) % 2 == 1 ? baseToTip.e : scratch.e;
     double* next = here == scratch.e ? baseToTip.e : scratch.e;
     for (; i < count; ++i) {
         const Link& link = links[i];
+        const double* local = link.local;
         if (link.stateIndex == index) {
+            placed = link.placed;
             Place(link, value, placed);
-            Append(before, link, placed.e, here);
-        } else {
-            Append(before, link, link.local, here);
+            local = placed.e;
         }
+        Append(before, link, local, here, lever);
         before = here;
         std::swap(here, next);
+    }
+}
+
+void ChainProduct::EvaluateSlid(int index, double value, double* offset) const
+{
+    int i = FirstLink(index);
+    const double* before = BaseTo(i - 1);
+    for (int row = 0; row < 3; ++row) {
+        offset[row] = before[4 * row + 3];
+    }
+    for (; i < count; ++i) {
+        const Link& link = links[i];
+        double moved[3];
+        const double* lever = link.lever;
+        if (link.stateIndex == index) {
+            Affine placed; // NOLINT(*-member-init): only its offset is set
+            Place(link, value, placed);
+            Turn(BaseTo(i - 1), placed.e[3], placed.e[7], placed.e[11], moved);
+            lever = moved;
+        }
+        for (int row = 0; row < 3; ++row) {
+            offset[row] = lever[row] + offset[row];
+        }
     }
 }
 

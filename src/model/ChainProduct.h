@@ -36,9 +36,14 @@ class ChainProduct
     /// Whether a joint of the chain takes its value from the state at `index`.
     bool Moves(int index) const;
 
+    /// Whether that joint only slides, so that nothing turns when it moves.
+    bool Slides(int index) const;
+
     /// base_to_tip where only the state at `index` has another value since the last evaluation,
     /// which stays as it is.
     void EvaluateMoved(int index, double value, Affine& baseToTip) const;
+    /// The same where that joint slides: the offset, since the rotation stays.
+    void EvaluateSlid(int index, double value, double* offset) const;
 
   private:
     enum class Motion { None, SlideX, SlideY, SlideZ, TurnX, TurnY, TurnZ };
@@ -55,6 +60,7 @@ class ChainProduct
         double initialValue;
         Affine placed;
         Affine baseToNode;
+        double lever[3]; // local offset in the axes of the base
     };
 
     bool Add(const IkNode& node, const IkJtStateVector& states);
@@ -62,8 +68,10 @@ class ChainProduct
     void AddJoint(const IkJoint& joint, Motion motion, const IkJtStateVector& states);
     Link& NewLink();
     static void Place(const Link& link, double value, Affine& placed);
+    static bool IsSlide(const Link& link);
     static void Append(const double* baseToParent, const Link& link, const double* local,
-                       double* baseToNode);
+                       double* baseToNode, double* lever);
+    int FirstLink(int index) const;
     const double* BaseTo(int link) const; // -1: the base itself
 
     static constexpr int kOwn = 32;
