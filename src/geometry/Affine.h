@@ -45,8 +45,8 @@ inline void Multiply(const double* a, const double* b, double* ab, double* lever
         const double* row = a + 4 * i;
         const Lanes left = row[0] * LoadLanes(b) + row[1] * LoadLanes(b + 4) +
                            row[2] * LoadLanes(b + 8) + Lanes{0.0, 0.0};
-        const Lanes right = row[0] * LoadLanes(b + 2) + row[1] * LoadLanes(b + 6) +
-                            row[2] * LoadLanes(b + 10);
+        const Lanes right =
+            row[0] * LoadLanes(b + 2) + row[1] * LoadLanes(b + 6) + row[2] * LoadLanes(b + 10);
         StoreLanes(left, ab + 4 * i);
         StoreLanes(right + Lanes{0.0, row[3]}, ab + 4 * i + 2);
         lever[i] = right[1];

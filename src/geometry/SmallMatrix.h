@@ -32,10 +32,7 @@ class SmallMatrix
         cols = newCols;
     }
 
-    void Fill(double value)
-    {
-        std::fill_n(elements, std::ptrdiff_t{rows} * cols, value);
-    }
+    void Fill(double value) { std::fill_n(elements, std::ptrdiff_t{rows} * cols, value); }
 
     void Assign(const SmallMatrix& other)
     {

@@ -20,9 +20,9 @@ bool IsObjectiveTraced()
     return tracing.streamObjectiveTarget || tracing.streamObjectiveCurrent;
 }
 
-TNT::Array2D<double> StepOf(int method, const IkStream& stream,
-                            const trunnion::SolveFields& fields, const IkEndState& target,
-                            const IkEndState& current, const TNT::Array2D<double>& jacobian)
+TNT::Array2D<double> StepOf(int method, const IkStream& stream, const trunnion::SolveFields& fields,
+                            const IkEndState& target, const IkEndState& current,
+                            const TNT::Array2D<double>& jacobian)
 {
     trunnion::JointMatrix matrix;
     trunnion::FromArray(jacobian, matrix);
@@ -124,9 +124,9 @@ bool IkStream::SolveIK(IkEndState& target, IkJtStateVector& result, bool toolOnl
                        IkJoint::JointLimitTypes limitType, bool lockRotary)
 {
     InitializeIkSolver(lockRotary);
-    trunnion::LoopStages stages(
-        *this, Fields(), target, toolOnly, trunnion::IkStepMethod,
-        {kLastPass, kTolerance, kDirectionTolerance, IsObjectiveTraced()}, 0.0);
+    trunnion::LoopStages stages(*this, Fields(), target, toolOnly, trunnion::IkStepMethod,
+                                {kLastPass, kTolerance, kDirectionTolerance, IsObjectiveTraced()},
+                                0.0);
     return trunnion::Iterate(stages, result, limitType);
 }
 

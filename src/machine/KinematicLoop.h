@@ -19,8 +19,8 @@ class KinematicLoop
   public:
     KinematicLoop(IkStream& ofStream, bool withToolOnly);
 
-    /// Reads the stream as it stands, for vectors with the joints of `states`. False where the nodes
-    /// have to be asked.
+    /// Reads the stream as it stands, for vectors with the joints of `states`. False where the
+    /// nodes have to be asked.
     bool Settle(const IkJtStateVector& states);
     /// Nobody else sees the vectors that poses are evaluated for.
     bool IsSettled() const { return isSettled; }

@@ -11,56 +11,10 @@
 namespace trunnion
 {
 
+thread_local long countedTestsLeft [[gnu::tls_model("initial-exec")]] = 0;
+
 namespace
 {
-
-/// Thrown out of a decomposition whose iteration does not end.
-struct Unending
-{};
-
-/// A double with which a decomposition computes as with any other, to the last bit, except that the
-/// magnitudes it takes are counted. It takes them only to test for convergence, without a bound of
-/// its own, and where intermediate values underflow it may go on testing for ever.
-class Counted
-{
-  public:
-    Counted() = default;
-    Counted(double x) : value(x) {}
-    operator double() const { return value; }
-    Counted& operator+=(double x)
-    {
-        value += x;
-        return *this;
-    }
-    Counted& operator/=(double x)
-    {
-        value /= x;
-        return *this;
-    }
-
-    /// Allows a decomposition of `columns` columns its tests. A sweep takes some six a column, so
-    /// that is more than a hundred sweeps for each singular value, where a handful is usual.
-    static void Allow(int columns) { testsLeft = 1000L * columns * columns; }
-
-    friend double abs(const Counted& x)
-    {
-        if (--testsLeft < 0) {
-            throw Unending();
-        }
-        return std::fabs(x.value);
-    }
-    friend double hypot(const Counted& x, const Counted& y) { return std::hypot(x.value, y.value); }
-    friend double hypot(const Counted& x, double y) { return std::hypot(x.value, y); }
-
-  private:
-    double value{0.0};
-    // Right beside the thread's own block: asked for at each test, it must not take a call.
-    [[gnu::tls_model("initial-exec")]] static thread_local long testsLeft;
-};
-
-thread_local long Counted::testsLeft = 0;
-
-using Array = TNT::Array2D<Counted>;
 
 // Where the iteration of the decomposition would not end: its thresholds underflow below the first
 // and the norm of a column may overflow above the second.
@@ -81,21 +35,24 @@ double LargestMagnitude(const JointMatrix& matrix)
     return largest + sum;
 }
 
-/// The matrix, or its transpose where that is the taller, times a power of two.
-Array TallArray(const JointMatrix& matrix, bool isWide, int exponent)
+/// Sets `array` to the matrix, or its transpose where that is the taller, times a power of two.
+void SetToTall(const JointMatrix& matrix, bool isWide, int exponent, CountedArray& array)
 {
-    Array array(isWide ? matrix.Cols() : matrix.Rows(), isWide ? matrix.Rows() : matrix.Cols());
-    for (int i = 0; i < matrix.Rows(); ++i) {
-        for (int j = 0; j < matrix.Cols(); ++j) {
-            const double element =
-                exponent == 0 ? matrix[i][j] : std::ldexp(matrix[i][j], exponent);
-            (isWide ? array[j][i] : array[i][j]) = element;
+    const int rows = isWide ? matrix.Cols() : matrix.Rows();
+    const int cols = isWide ? matrix.Rows() : matrix.Cols();
+    if (array.dim1() != rows || array.dim2() != cols) {
+        array = CountedArray(rows, cols);
+    }
+    for (int i = 0; i < rows; ++i) {
+        Counted* row = array[i];
+        for (int j = 0; j < cols; ++j) {
+            const double element = isWide ? matrix[j][i] : matrix[i][j];
+            row[j] = exponent == 0 ? element : std::ldexp(element, exponent);
         }
     }
-    return array;
 }
 
-void CopyColumns(const Array& array, JointMatrix& rows)
+void CopyColumns(const CountedArray& array, JointMatrix& rows)
 {
     rows.Resize(array.dim2(), array.dim1());
     for (int i = 0; i < array.dim1(); ++i) {
@@ -110,10 +67,11 @@ void CopyColumns(const Array& array, JointMatrix& rows)
 void Decompose(const JointMatrix& matrix, int exponent, Decomposition& result)
 {
     const bool isWide = matrix.Rows() < matrix.Cols();
+    SetToTall(matrix, isWide, exponent, result.tall);
     Counted::Allow(std::min(matrix.Rows(), matrix.Cols()));
-    JAMA::SVD<Counted> svd(TallArray(matrix, isWide, exponent));
-    Array u;
-    Array v;
+    JAMA::SVD<Counted> svd(result.tall);
+    CountedArray u;
+    CountedArray v;
     TNT::Array1D<Counted> s;
     svd.getU(u);
     svd.getV(v);

@@ -3,9 +3,12 @@
 
 #include "IkJtState.h" // the arrays, as the library exports them
 #include "geometry/SmallMatrix.h"
+#include "machine/Counted.h"
 
 namespace trunnion
 {
+
+using CountedArray = TNT::Array2D<Counted>;
 
 /// A thin singular value decomposition, matrix = sum of s_i u_i v_i'. Singular vectors are rows
 /// here: u[i] is the i-th of the left ones.
@@ -15,6 +18,8 @@ struct Decomposition
     JointMatrix v; // in joint space
     JointRow s;    // descending
     int rank{0};   // numerical rank
+
+    CountedArray tall; // what was decomposed, or its transpose: storage for the next one
 };
 
 /// Decomposes any matrix: a wide one through its transpose, since the decomposition takes no more

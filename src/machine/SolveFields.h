@@ -24,8 +24,8 @@ struct SolveFields
 /// Fills `states` with the joints of all chains, each once, at their current values.
 void CollectJointStates(const IkStream& stream, IkJtStateVector& states);
 
-/// Fills the fields for a solve that starts from the values in `states`. A joint is locked by its own lock, by the
-/// stream's, or, when it is rotary, by `lockRotary`.
+/// Fills the fields for a solve that starts from the values in `states`. A joint is locked by its
+/// own lock, by the stream's, or, when it is rotary, by `lockRotary`.
 void InitializeFields(const SolveFields& fields, const IkStream& stream, bool lockRotary);
 
 /// Locks the free joints that `step` (a column, one row a state) would take out of their bounds.

@@ -102,8 +102,8 @@ bool ChainProduct::Add(const IkNode& node, const IkJtStateVector& states)
         return false;
     }
     const auto& joint = static_cast<const IkJoint&>(node);
-    const int axis = DirectAccess::Primitive(joint) -
-                     (isPrism ? IkJoint::JtPrimTransX : IkJoint::JtPrimRotX);
+    const int axis =
+        DirectAccess::Primitive(joint) - (isPrism ? IkJoint::JtPrimTransX : IkJoint::JtPrimRotX);
     if (axis < 0 || axis > 2) {
         return true; // a joint without motion is the identity
     }

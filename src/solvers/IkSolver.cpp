@@ -147,8 +147,8 @@ bool IkSolver::ComputePartialJacobian(const IkEndState& reference, TNT::Array2D<
                                       int includeRotary, bool fkFlag)
 {
     if (streamPtr != nullptr) {
-        jacobian = trunnion::PartialJacobian(*streamPtr, Fields(), reference, includeRotary != 0,
-                                             fkFlag);
+        jacobian =
+            trunnion::PartialJacobian(*streamPtr, Fields(), reference, includeRotary != 0, fkFlag);
     }
     return true;
 }
@@ -193,8 +193,8 @@ class IkSolver::VirtualStages
     {
         working = IkEndState();
         if (solver.streamPtr != nullptr) { // a stage may have taken it away
-            working = solver.streamPtr->SolveFK(solver.SolverJtStates, false, nullptr, nullptr,
-                                                toolOnly);
+            working =
+                solver.streamPtr->SolveFK(solver.SolverJtStates, false, nullptr, nullptr, toolOnly);
         }
         working.CopyFilter(target);
         std::vector<double> components;
