@@ -42,13 +42,13 @@ inline void Turn(const double* a, double x, double y, double z, double* turned)
 inline void Multiply(const double* a, const double* b, double* ab, double* lever)
 {
     for (int i = 0; i < 3; ++i) {
-        const double* row = a + 4 * i;
+        const double* row = &a[4 * i];
         const Lanes left = row[0] * LoadLanes(b) + row[1] * LoadLanes(b + 4) +
                            row[2] * LoadLanes(b + 8) + Lanes{0.0, 0.0};
         const Lanes right =
             row[0] * LoadLanes(b + 2) + row[1] * LoadLanes(b + 6) + row[2] * LoadLanes(b + 10);
-        StoreLanes(left, ab + 4 * i);
-        StoreLanes(right + Lanes{0.0, row[3]}, ab + 4 * i + 2);
+        StoreLanes(left, &ab[4 * i]);
+        StoreLanes(right + Lanes{0.0, row[3]}, &ab[4 * i + 2]);
         lever[i] = right[1];
     }
 }
@@ -58,7 +58,7 @@ inline void MultiplyByShift(const double* a, const double* b, double* ab, double
 {
     Turn(a, b[3], b[7], b[11], lever);
     for (int i = 0; i < 3; ++i) {
-        StoreLanes(LoadLanes(a + 4 * i), ab + 4 * i);
+        StoreLanes(LoadLanes(&a[4 * i]), &ab[4 * i]);
         ab[4 * i + 2] = a[4 * i + 2];
         ab[4 * i + 3] = lever[i] + a[4 * i + 3];
     }
@@ -94,7 +94,7 @@ inline bool IsFinite(const double* a)
     Lanes sum{0.0, 0.0}; // of differences that are 0, or NaN
     for (int i = 0; i < 12; i += 2) {
         const Lanes x = LoadLanes(a + i);
-        sum += x - x;
+        sum += x - x; // NOLINT(misc-redundant-expression)
     }
     return sum[0] == 0.0 && sum[1] == 0.0;
 }

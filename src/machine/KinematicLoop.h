@@ -39,7 +39,7 @@ class KinematicLoop
     bool TryPoseTurned(int index, double value, Affine& pose) const;
     bool TryPoseSlid(int index, double value, Affine& pose) const;
     bool IsPartMovedBy(int index) const;
-    void Join(const double* partToBase, const double* baseToTool, Affine& pose) const;
+    void Join(const double* fromPart, const double* toTool, Affine& pose) const;
     void AskNodes(IkJtStateVector& states, Affine& pose);
 
     IkStream& stream;

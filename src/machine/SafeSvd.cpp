@@ -30,7 +30,7 @@ double LargestMagnitude(const JointMatrix& matrix)
     const double* elements = matrix[0];
     for (int i = 0; i < count; ++i) {
         largest = std::max(largest, std::fabs(elements[i]));
-        sum += elements[i] - elements[i];
+        sum += elements[i] - elements[i]; // NOLINT(misc-redundant-expression)
     }
     return largest + sum;
 }

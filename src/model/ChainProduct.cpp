@@ -291,7 +291,7 @@ void ChainProduct::EvaluateSlid(int index, double value, double* offset) const
         double moved[3];
         const double* lever = link.lever;
         if (link.stateIndex == index) {
-            Affine placed; // NOLINT(*-member-init): only its offset is set
+            Affine placed{};
             Place(link, value, placed);
             Turn(BaseTo(i - 1), placed.e[3], placed.e[7], placed.e[11], moved);
             lever = moved;

@@ -151,7 +151,7 @@ IkJtStateVector::FindIndex(const IkJoint* joint) const
 
 void IkJtStateVector::AddState(const IkJtState& state)
 {
-    const IkJtState added = state; // it may live in this vector
+    const IkJtState added = state; // NOLINT(performance-*): it may live in this vector
     ReserveOneMore(states);
     ReserveOneMore(jointIndex);
     states.push_back(added);
