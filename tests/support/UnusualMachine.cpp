@@ -289,6 +289,9 @@ class Maker
             const bool has = random.OneIn(2);
             machine.stream->SetHasPartSpaceMatrix(has, random.OneIn(2));
         }
+        if (machine.chains.size() > 1 && random.OneIn(6)) {
+            machine.chains[1]->AddNode(AnyNode()); // the tip is not the part space's body any more
+        }
     }
 
     UnusualMachine& machine;
