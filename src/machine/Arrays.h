@@ -39,26 +39,17 @@ inline TNT::Array2D<double> ToColumn(const JointRow& row)
     return column;
 }
 
-/// Columns of `array` as rows, the first `count` of them.
-inline void FromColumns(const TNT::Array2D<double>& array, int count, JointMatrix& rows)
+/// The array with elements of another type.
+template <class To, class From>
+TNT::Array2D<To> ToArray(const TNT::Array2D<From>& array)
 {
-    rows.Resize(count, array.dim1());
-    for (int i = 0; i < count; ++i) {
-        for (int j = 0; j < array.dim1(); ++j) {
-            rows[i][j] = array[j][i];
+    TNT::Array2D<To> converted(array.dim1(), array.dim2());
+    for (int i = 0; i < array.dim1(); ++i) {
+        for (int j = 0; j < array.dim2(); ++j) {
+            converted[i][j] = array[i][j];
         }
     }
-}
-
-inline TNT::Array2D<double> ToColumns(const JointMatrix& rows)
-{
-    TNT::Array2D<double> array(rows.Cols(), rows.Rows());
-    for (int i = 0; i < rows.Rows(); ++i) {
-        for (int j = 0; j < rows.Cols(); ++j) {
-            array[j][i] = rows[i][j];
-        }
-    }
-    return array;
+    return converted;
 }
 
 } // namespace trunnion

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <iostream>
 
 #include <jama/jama_svd.h>
@@ -21,44 +23,46 @@ namespace
 const double kSmallestMagnitude = std::ldexp(1.0, -960);
 const double kLargestMagnitude = std::ldexp(1.0, 1000);
 
-/// The largest magnitude; NaN when an element is not finite.
+/// The largest magnitude, or infinity or NaN where an element is not finite.
 double LargestMagnitude(const JointMatrix& matrix)
 {
-    double largest = 0.0;
-    double sum = 0.0; // of differences that are 0, or NaN
-    const int count = matrix.Rows() * matrix.Cols();
+    // Without their sign, doubles are in the order of their bits, infinities and NaN above the rest.
+    std::uint64_t largest = 0;
     const double* elements = matrix[0];
-    for (int i = 0; i < count; ++i) {
-        largest = std::max(largest, std::fabs(elements[i]));
-        sum += elements[i] - elements[i]; // NOLINT(misc-redundant-expression)
+    for (int i = 0; i < matrix.Rows() * matrix.Cols(); ++i) {
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, &elements[i], sizeof bits);
+        largest = std::max(largest, bits & ~(std::uint64_t{1} << 63U));
     }
-    return largest + sum;
+    double magnitude = 0.0;
+    std::memcpy(&magnitude, &largest, sizeof magnitude);
+    return magnitude;
 }
 
-/// Sets `array` to the matrix, or its transpose where that is the taller, times a power of two.
-void SetToTall(const JointMatrix& matrix, bool isWide, int exponent, CountedArray& array)
+/// Sets `tall` to the matrix, or its transpose where that is the taller.
+void SetToTall(const JointMatrix& matrix, bool isWide, CountedArray& tall)
 {
     const int rows = isWide ? matrix.Cols() : matrix.Rows();
     const int cols = isWide ? matrix.Rows() : matrix.Cols();
-    if (array.dim1() != rows || array.dim2() != cols) {
-        array = CountedArray(rows, cols);
+    if (tall.dim1() != rows || tall.dim2() != cols) {
+        tall = CountedArray(rows, cols);
+    }
+    if (!isWide) {
+        std::copy_n(matrix[0], std::ptrdiff_t{rows} * cols, tall[0]);
+        return;
     }
     for (int i = 0; i < rows; ++i) {
-        Counted* row = array[i];
         for (int j = 0; j < cols; ++j) {
-            const double element = isWide ? matrix[j][i] : matrix[i][j];
-            row[j] = exponent == 0 ? element : std::ldexp(element, exponent);
+            tall[i][j] = matrix[j][i];
         }
     }
 }
 
-void CopyColumns(const CountedArray& array, JointMatrix& rows)
+void TimesPowerOfTwo(CountedArray& array, int exponent)
 {
-    rows.Resize(array.dim2(), array.dim1());
     for (int i = 0; i < array.dim1(); ++i) {
-        const Counted* row = array[i];
         for (int j = 0; j < array.dim2(); ++j) {
-            rows[j][i] = row[j];
+            array[i][j] = std::ldexp(array[i][j], exponent);
         }
     }
 }
@@ -67,30 +71,26 @@ void CopyColumns(const CountedArray& array, JointMatrix& rows)
 void Decompose(const JointMatrix& matrix, int exponent, Decomposition& result)
 {
     const bool isWide = matrix.Rows() < matrix.Cols();
-    SetToTall(matrix, isWide, exponent, result.tall);
+    SetToTall(matrix, isWide, result.tall);
+    if (exponent != 0) {
+        TimesPowerOfTwo(result.tall, exponent);
+    }
     Counted::Allow(std::min(matrix.Rows(), matrix.Cols()));
     JAMA::SVD<Counted> svd(result.tall);
-    CountedArray u;
-    CountedArray v;
-    TNT::Array1D<Counted> s;
-    svd.getU(u);
-    svd.getV(v);
-    svd.getSingularValues(s);
-
-    CopyColumns(isWide ? v : u, result.u);
-    CopyColumns(isWide ? u : v, result.v);
-    result.s.Resize(1, s.dim());
-    for (int i = 0; i < s.dim(); ++i) {
-        result.s[0][i] = exponent == 0 ? double{s[i]} : std::ldexp(s[i], -exponent);
-    }
+    svd.getU(isWide ? result.v : result.u);
+    svd.getV(isWide ? result.u : result.v);
+    svd.getSingularValues(result.s);
     result.rank = svd.rank();
+    for (int i = 0; exponent != 0 && i < result.s.dim(); ++i) {
+        result.s[i] = std::ldexp(result.s[i], -exponent);
+    }
 }
 
 void SetToNothing(const JointMatrix& matrix, Decomposition& nothing)
 {
-    nothing.u.Resize(0, matrix.Rows());
-    nothing.v.Resize(0, matrix.Cols());
-    nothing.s.Resize(1, 0);
+    nothing.u = CountedArray(matrix.Rows(), 0);
+    nothing.v = CountedArray(matrix.Cols(), 0);
+    nothing.s = TNT::Array1D<Counted>();
     nothing.rank = 0;
 }
 
@@ -125,11 +125,11 @@ void SafeSvd(const TNT::Array2D<double>& matrix, TNT::Array2D<double>& u, TNT::A
     FromArray(matrix, copy);
     Decomposition svd;
     SafeSvd(copy, svd);
-    u = ToColumns(svd.u);
-    v = ToColumns(svd.v);
-    singularValues = TNT::Array1D<double>(svd.s.Cols());
-    for (int i = 0; i < svd.s.Cols(); ++i) {
-        singularValues[i] = svd.s[0][i];
+    u = ToArray<double>(svd.u);
+    v = ToArray<double>(svd.v);
+    singularValues = TNT::Array1D<double>(svd.s.dim());
+    for (int i = 0; i < svd.s.dim(); ++i) {
+        singularValues[i] = svd.s[i];
     }
     rank = svd.rank;
 }

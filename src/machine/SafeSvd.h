@@ -10,16 +10,14 @@ namespace trunnion
 
 using CountedArray = TNT::Array2D<Counted>;
 
-/// A thin singular value decomposition, matrix = sum of s_i u_i v_i'. Singular vectors are rows
-/// here: u[i] is the i-th of the left ones.
+/// A thin singular value decomposition, matrix = u diag(s) v'.
 struct Decomposition
 {
-    JointMatrix u; // in end-state space
-    JointMatrix v; // in joint space
-    JointRow s;    // descending
-    int rank{0};   // numerical rank
-
-    CountedArray tall; // what was decomposed, or its transpose: storage for the next one
+    CountedArray u;           // columns in end-state space
+    CountedArray v;           // columns in joint space
+    TNT::Array1D<Counted> s;  // descending
+    int rank{0};              // numerical rank
+    CountedArray tall;        // what was decomposed, or its transpose: storage for the next one
 };
 
 /// Decomposes any matrix: a wide one through its transpose, since the decomposition takes no more
@@ -28,7 +26,7 @@ struct Decomposition
 /// entries so far apart that the iteration stalls among denormal numbers.
 void SafeSvd(const JointMatrix& matrix, Decomposition& svd);
 
-/// The same with singular vectors as columns.
+/// The same in arrays of the interface.
 void SafeSvd(const TNT::Array2D<double>& matrix, TNT::Array2D<double>& u, TNT::Array2D<double>& v,
              TNT::Array1D<double>& singularValues, int& rank);
 

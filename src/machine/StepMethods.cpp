@@ -23,14 +23,15 @@ void SetToZero(int size, JointRow& step)
 }
 
 /// Adds one singular value's term to a step: entry k gets the product of row k of an outer product
-/// v_i u_i' with an error vector, summed from 0. `summand(v_k, c)` is the c-th of it, for one entry
+/// v_i u_i' with an error vector, summed from 0. `summand(v_ki, c)` is the c-th of it, for one entry
 /// or for two side by side.
 template <class Summand>
-void AddTerm(const double* v, int rows, int columns, double* step, const Summand& summand)
+void AddTerm(const CountedArray& v, int i, int rows, int columns, double* step,
+             const Summand& summand)
 {
     int k = 0;
     for (; k + 1 < rows; k += 2) {
-        const Lanes pair = LoadLanes(v + k);
+        const Lanes pair{v[k][i], v[k + 1][i]};
         Lanes sum{0.0, 0.0};
         for (int c = 0; c < columns; ++c) {
             sum += summand(pair, c);
@@ -38,9 +39,10 @@ void AddTerm(const double* v, int rows, int columns, double* step, const Summand
         StoreLanes(LoadLanes(step + k) + sum, step + k);
     }
     for (; k < rows; ++k) {
+        const double entry = v[k][i];
         double sum = 0.0;
         for (int c = 0; c < columns; ++c) {
-            sum += summand(v[k], c);
+            sum += summand(entry, c);
         }
         step[k] += sum;
     }
@@ -50,14 +52,16 @@ void AddTerm(const double* v, int rows, int columns, double* step, const Summand
 void AddPseudoInverseTerm(const Decomposition& svd, const EndVector& e, int i, int size,
                           double* step)
 {
-    const int columns = std::min(svd.u.Cols(), e.size);
+    const int columns = std::min(svd.u.dim1(), e.size);
+    const double s = svd.s[i];
+    double u[12];         // the first `columns` are set
     double quotients[12]; // the first `columns` are set
     for (int c = 0; c < columns; ++c) {
-        quotients[c] = e.e[c] / svd.s[0][i];
+        u[c] = svd.u[c][i];
+        quotients[c] = e.e[c] / s;
     }
-    const double* u = svd.u[i];
-    AddTerm(svd.v[i], std::min(size, svd.v.Cols()), columns, step,
-            [u, &quotients](auto v, int c) { return (v * u[c]) * quotients[c]; });
+    AddTerm(svd.v, i, std::min(size, svd.v.dim1()), columns, step,
+            [&u, &quotients](auto v, int c) { return (v * u[c]) * quotients[c]; });
 }
 
 /// Euclidean norm of `scale` times rows `first` to `first` + 2 of a column.
@@ -93,8 +97,8 @@ double SelectiveBound(const Decomposition& svd, const JointMatrix& jacobian,
                       const SolveFields& fields, int size, int i)
 {
     double norm = 0.0;
-    for (int c = 0; c < svd.u.Cols(); ++c) {
-        norm += svd.u[i][c] * svd.u[i][c];
+    for (int c = 0; c < svd.u.dim1(); ++c) {
+        norm += svd.u[c][i] * svd.u[c][i];
     }
     norm = std::sqrt(norm);
 
@@ -108,12 +112,12 @@ double SelectiveBound(const Decomposition& svd, const JointMatrix& jacobian,
         if (jacobian.Rows() > 3) {
             rho += BlockNorm(jacobian, 3, j, 2.0);
         }
-        reach += std::fabs(svd.v[i][j]) * rho;
+        reach += std::fabs(double{svd.v[j][i]}) * rho;
     }
     if (std::fabs(reach) < kSingularCutOff) {
         reach = 1.0;
     }
-    reach = reach / svd.s[0][i];
+    reach = reach / svd.s[i];
     const double gamma = norm / reach;
     return (gamma < 1.0 ? gamma : 1.0) * fields.maxAngleStep; // NaN counts as 1
 }
@@ -143,7 +147,7 @@ void PseudoInverseSum(const Decomposition& svd, const EndVector& e, int size, Jo
 {
     SetToZero(size, step);
     for (int i = 0; i < svd.rank; ++i) {
-        if (svd.s[0][i] > kSingularCutOff) {
+        if (svd.s[i] > kSingularCutOff) {
             AddPseudoInverseTerm(svd, e, i, size, step[0]);
         }
     }
@@ -153,11 +157,10 @@ void DampedSum(const Decomposition& svd, const EndVector& e, int size, JointRow&
 {
     SetToZero(size, step);
     for (int i = 0; i < svd.rank; ++i) {
-        const double s = svd.s[0][i];
+        const double s = svd.s[i];
         const double w = s / (s * s + kLambda * kLambda);
-        const double* u = svd.u[i];
-        AddTerm(svd.v[i], std::min(size, svd.v.Cols()), std::min(svd.u.Cols(), e.size), step[0],
-                [w, u, &e](auto v, int c) { return (w * (v * u[c])) * e.e[c]; });
+        AddTerm(svd.v, i, std::min(size, svd.v.dim1()), std::min(svd.u.dim1(), e.size), step[0],
+                [&, i](auto v, int c) { return (w * (v * double{svd.u[c][i]})) * e.e[c]; });
     }
 }
 
@@ -165,10 +168,10 @@ void SelectivelyDampedSum(const Decomposition& svd, const EndVector& e, const Jo
                           const SolveFields& fields, JointRow& step)
 {
     SetToZero(FreeCount(fields), step);
-    const int size = std::min(step.Cols(), svd.v.Cols());
+    const int size = std::min(step.Cols(), svd.v.dim1());
     JointRow phi;
     for (int i = 0; i < svd.rank; ++i) {
-        if (svd.s[0][i] < kSingularCutOff) { // a value at the cut-off takes part here
+        if (svd.s[i] < kSingularCutOff) { // a value at the cut-off takes part here
             continue;
         }
         SetToZero(size, phi);

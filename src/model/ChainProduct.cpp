@@ -80,8 +80,14 @@ bool ChainProduct::Settle(const IkChain& chain, const IkJtStateVector& states)
         more.resize(nodes.size());
     }
     links = isLong ? more.data() : own;
-    return std::all_of(nodes.begin(), nodes.end(),
-                       [this, &states](const IkNode* node) { return Add(*node, states); });
+    if (!std::all_of(nodes.begin(), nodes.end(),
+                     [this, &states](const IkNode* node) { return Add(*node, states); })) {
+        return false;
+    }
+    for (int index = 0; index < std::min(states.Size(), kUsualStates); ++index) {
+        firstLinks[index] = FindFirstLink(index);
+    }
+    return true;
 }
 
 bool ChainProduct::Add(const IkNode& node, const IkJtStateVector& states)
@@ -236,6 +242,11 @@ const double* ChainProduct::Evaluate(IkJtStateVector& states)
 
 /// The first link that the state at `index` moves, or the number of links.
 int ChainProduct::FirstLink(int index) const
+{
+    return index < kUsualStates && count > 0 ? firstLinks[index] : FindFirstLink(index);
+}
+
+int ChainProduct::FindFirstLink(int index) const
 {
     int i = 0;
     while (i < count && links[i].stateIndex != index) {

@@ -72,9 +72,12 @@ class ChainProduct
     static void Append(const double* baseToParent, const Link& link, const double* local,
                        double* baseToNode, double* lever);
     int FirstLink(int index) const;
+    int FindFirstLink(int index) const;
     const double* BaseTo(int link) const; // -1: the base itself
 
     static constexpr int kOwn = 32;
+    static constexpr int kUsualStates = 16;
+    int firstLinks[kUsualStates]; // by state index, of as many states as there are NOLINT(*-member-init)
     int count{0};
     bool isEvaluated{false};
     Link* links{own};

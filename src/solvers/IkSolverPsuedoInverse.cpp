@@ -23,11 +23,11 @@ TNT::Array2D<double> IkSolverPsuedoInverse::CalcDTheta(const IkEndState& target,
     SafeSVDCalc(jacobian, u, v, s, svd.rank);
     // A subclass may decompose in its own way: take no more of it than it gives.
     svd.rank = std::max(0, std::min({svd.rank, s.dim(), u.dim2(), v.dim2()}));
-    trunnion::FromColumns(u, svd.rank, svd.u);
-    trunnion::FromColumns(v, svd.rank, svd.v);
-    svd.s.Resize(1, svd.rank);
+    svd.u = trunnion::ToArray<trunnion::Counted>(u);
+    svd.v = trunnion::ToArray<trunnion::Counted>(v);
+    svd.s = TNT::Array1D<trunnion::Counted>(svd.rank);
     for (int i = 0; i < svd.rank; ++i) {
-        svd.s[0][i] = s[i];
+        svd.s[i] = s[i];
     }
     trunnion::JointRow step;
     trunnion::PseudoInversePartialStep(svd, trunnion::ErrorOf(target, current), Fields(), step);

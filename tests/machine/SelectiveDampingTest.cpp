@@ -44,10 +44,10 @@ Values Sum(const Case& given)
     double limit = kLimit;
     const int rank = static_cast<int>(given.s.size());
     trunnion::Decomposition svd;
-    trunnion::FromColumns(given.u, rank, svd.u);
-    trunnion::FromColumns(given.v, rank, svd.v);
-    svd.s.Resize(1, rank);
-    std::copy(given.s.begin(), given.s.end(), svd.s[0]);
+    svd.u = trunnion::ToArray<trunnion::Counted>(given.u);
+    svd.v = trunnion::ToArray<trunnion::Counted>(given.v);
+    svd.s = TNT::Array1D<trunnion::Counted>(rank);
+    std::copy(given.s.begin(), given.s.end(), &svd.s[0]);
     svd.rank = rank;
     trunnion::EndVector error{static_cast<int>(given.error.size()), {}};
     std::copy(given.error.begin(), given.error.end(), error.e);
