@@ -1,6 +1,8 @@
 #ifndef TRUNNION_GEOMETRY_AFFINE_H
 #define TRUNNION_GEOMETRY_AFFINE_H
 
+#include <cstddef>
+
 #include "geometry/Lanes.h"
 
 // Transforms whose bottom row is 0 0 0 1, as their upper three rows: twelve doubles, row by row, as
@@ -32,7 +34,7 @@ inline constexpr Affine kIdentityAffine{{1, 0, 0, 0, //
 /// How far an offset reaches in the axes of a: the rotation of a times `x`, `y`, `z`.
 inline void Turn(const double* a, double x, double y, double z, double* turned)
 {
-    for (int i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i) {
         turned[i] = (a[4 * i] * x + a[4 * i + 1] * y) + a[4 * i + 2] * z;
     }
 }
@@ -41,7 +43,7 @@ inline void Turn(const double* a, double x, double y, double z, double* turned)
 /// in the axes of a, the sum to which the offset of a was added.
 inline void Multiply(const double* a, const double* b, double* ab, double* lever)
 {
-    for (int i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i) {
         const double* row = &a[4 * i];
         const Lanes left = row[0] * LoadLanes(b) + row[1] * LoadLanes(b + 4) +
                            row[2] * LoadLanes(b + 8) + Lanes{0.0, 0.0};
@@ -57,7 +59,7 @@ inline void Multiply(const double* a, const double* b, double* ab, double* lever
 inline void MultiplyByShift(const double* a, const double* b, double* ab, double* lever)
 {
     Turn(a, b[3], b[7], b[11], lever);
-    for (int i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i) {
         StoreLanes(LoadLanes(&a[4 * i]), &ab[4 * i]);
         ab[4 * i + 2] = a[4 * i + 2];
         ab[4 * i + 3] = lever[i] + a[4 * i + 3];

@@ -5,6 +5,7 @@
 #include "IkStream.h"
 #include "geometry/Angles.h"
 #include "machine/Arrays.h"
+#include "model/DirectAccess.h"
 #include "model/Indexing.h"
 
 namespace trunnion
@@ -20,21 +21,24 @@ constexpr double kLinearPerturbation = 0.1; // [length]
 void DifferentiateColumn(KinematicLoop& loop, IkJtStateVector& states, int index, bool isRotary,
                          const Reference& reference, JointMatrix& jacobian, int column)
 {
-    IkJtState& state = states.GetState(index);
-    const double value = state.GetValue();
+    const IkJoint& joint = *states.GetState(index).GetJoint();
+    const double value = DirectAccess::Value(states, index);
     double d = isRotary ? kOneDegree : kLinearPerturbation;
-    if (value + d > state.GetJoint()->GetHiBound()) {
+    if (value + d > joint.GetHiBound()) {
         d = -d; // the lower bound is not asked
     }
-    state.SetValue(value + d);
+    DirectAccess::Value(states, index) = value + d;
     Affine pose; // NOLINT(*-member-init)
     loop.PoseMoved(states, index, pose);
-    state.SetValue(value);
+    DirectAccess::Value(states, index) = value;
 
-    for (int row = 0; row < jacobian.Rows(); ++row) {
+    const int rows = jacobian.Rows();
+    const int stride = jacobian.Cols();
+    double* entry = jacobian[0] + column;
+    for (int row = 0; row < rows; ++row, entry += stride) {
         const double moved = pose.e[reference.entries.offsets[row]];
         const double quotient = (moved - reference.vector.e[row]) / d;
-        jacobian[row][column] = std::fabs(quotient) > kTinyValue ? quotient : 0.0; // NaN gives 0
+        *entry = std::fabs(quotient) > kTinyValue ? quotient : 0.0; // NaN gives 0
     }
 }
 

@@ -26,7 +26,8 @@ const double kLargestMagnitude = std::ldexp(1.0, 1000);
 /// The largest magnitude, or infinity or NaN where an element is not finite.
 double LargestMagnitude(const JointMatrix& matrix)
 {
-    // Without their sign, doubles are in the order of their bits, infinities and NaN above the rest.
+    // Without their sign, doubles are in the order of their bits, infinities and NaN above the
+    // rest.
     std::uint64_t largest = 0;
     const double* elements = matrix[0];
     for (int i = 0; i < matrix.Rows() * matrix.Cols(); ++i) {

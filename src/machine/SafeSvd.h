@@ -13,11 +13,11 @@ using CountedArray = TNT::Array2D<Counted>;
 /// A thin singular value decomposition, matrix = u diag(s) v'.
 struct Decomposition
 {
-    CountedArray u;           // columns in end-state space
-    CountedArray v;           // columns in joint space
-    TNT::Array1D<Counted> s;  // descending
-    int rank{0};              // numerical rank
-    CountedArray tall;        // what was decomposed, or its transpose: storage for the next one
+    CountedArray u;          // columns in end-state space
+    CountedArray v;          // columns in joint space
+    TNT::Array1D<Counted> s; // descending
+    int rank{0};             // numerical rank
+    CountedArray tall;       // what was decomposed, or its transpose: storage for the next one
 };
 
 /// Decomposes any matrix: a wide one through its transpose, since the decomposition takes no more

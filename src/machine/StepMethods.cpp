@@ -23,8 +23,8 @@ void SetToZero(int size, JointRow& step)
 }
 
 /// Adds one singular value's term to a step: entry k gets the product of row k of an outer product
-/// v_i u_i' with an error vector, summed from 0. `summand(v_ki, c)` is the c-th of it, for one entry
-/// or for two side by side.
+/// v_i u_i' with an error vector, summed from 0. `summand(v_ki, c)` is the c-th of it, for one
+/// entry or for two side by side.
 template <class Summand>
 void AddTerm(const CountedArray& v, int i, int rows, int columns, double* step,
              const Summand& summand)
@@ -60,8 +60,14 @@ void AddPseudoInverseTerm(const Decomposition& svd, const EndVector& e, int i, i
         u[c] = svd.u[c][i];
         quotients[c] = e.e[c] / s;
     }
-    AddTerm(svd.v, i, std::min(size, svd.v.dim1()), columns, step,
-            [&u, &quotients](auto v, int c) { return (v * u[c]) * quotients[c]; });
+    const int rows = std::min(size, svd.v.dim1());
+    const auto summand = [&u, &quotients](auto v, int c) { return (v * u[c]) * quotients[c]; };
+    constexpr int kUsual = 6; // a position and a direction: known to the compiler
+    if (columns == kUsual) {
+        AddTerm(svd.v, i, rows, kUsual, step, summand);
+    } else {
+        AddTerm(svd.v, i, rows, columns, step, summand);
+    }
 }
 
 /// Euclidean norm of `scale` times rows `first` to `first` + 2 of a column.

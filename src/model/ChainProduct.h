@@ -77,7 +77,8 @@ class ChainProduct
 
     static constexpr int kOwn = 32;
     static constexpr int kUsualStates = 16;
-    int firstLinks[kUsualStates]; // by state index, of as many states as there are NOLINT(*-member-init)
+    int firstLinks[kUsualStates]; // by state index, of as many states as there are
+                                  // NOLINT(*-member-init)
     int count{0};
     bool isEvaluated{false};
     Link* links{own};
