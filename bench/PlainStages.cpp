@@ -1,0 +1,36 @@
+#include <benchmark/benchmark.h>
+
+#include "Stages.h"
+#include "plain/PlainSolve.h"
+
+namespace bench
+{
+
+std::function<void()> PlainForward(const Subject& subject, const std::vector<JointValues>& joints)
+{
+    std::vector<IkJtStateVector> all;
+    for (const JointValues& values : joints) {
+        all.push_back(subject.States(values));
+    }
+    return [&stream = subject.Stream(), all]() mutable {
+        for (IkJtStateVector& states : all) {
+            benchmark::DoNotOptimize(plain::Pose(stream, states, false)[0][0]);
+        }
+    };
+}
+
+std::function<void()> PlainJacobian(const Subject& subject, int count)
+{
+    IkJtStateVector home = subject.States(subject.home);
+    return [&stream = subject.Stream(), home, count,
+            reference = subject.TargetAt(subject.home)]() mutable {
+        home.CommitValuesToJoints();
+        const plain::Fields fields = plain::Initialize(stream, false);
+        for (int i = 0; i < count; ++i) {
+            benchmark::DoNotOptimize(
+                plain::PartialJacobian(stream, fields, reference, 1, false)[0][0]);
+        }
+    };
+}
+
+} // namespace bench
