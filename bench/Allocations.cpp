@@ -33,13 +33,13 @@ using SolveCall = std::function<bool(IkEndState& target, IkJtStateVector& result
 
 /// Solves each target with `library`, and with the plain formulation for the passes.
 std::vector<Solve> SolvesOf(const Subject& subject, const Task& task, const SolveCall& library,
-                            const IterationRules& rules)
+                            const plain::Criteria& criteria)
 {
     std::vector<Solve> solves;
     for (IkEndState target : task.targets) {
         Solve solve;
-        IkJtStateVector states = subject.States(task.start);
-        PlainIterate(subject.Stream(), states, target, rules, [&solve](const auto& jacobian) {
+        plain::States states = subject.States(task.start);
+        IterateObserved(subject.Stream(), states, target, criteria, [&solve](const auto& jacobian) {
             ++solve.passes;
             solve.byJama += AllocationsOf([&jacobian] { Decompose(Tall(jacobian)); });
         });
@@ -91,11 +91,11 @@ double AverageInDecomposition(const std::vector<Solve>& solves)
 }
 
 Allocations Count(const char* operation, const Subject& subject, int targets,
-                  const IterationRules& rules, const SolveCall& library)
+                  const plain::Criteria& criteria, const SolveCall& library)
 {
     const Task task = ColdTask(subject, targets);
-    SolvesOf(subject, task, library, rules); // whatever is taken once and kept
-    const std::vector<Solve> solves = SolvesOf(subject, task, library, rules);
+    SolvesOf(subject, task, library, criteria); // whatever is taken once and kept
+    const std::vector<Solve> solves = SolvesOf(subject, task, library, criteria);
     if (solves.empty()) {
         throw std::runtime_error(subject.name + ": no solve converges");
     }
@@ -108,7 +108,7 @@ Allocations Count(const char* operation, const Subject& subject, int targets,
 Allocations StreamAllocations(const Subject& subject, int targets)
 {
     subject.States(subject.home).CommitValuesToJoints();
-    return Count("stream", subject, targets, kStreamRules,
+    return Count("stream", subject, targets, kStreamCriteria,
                  [&stream = subject.Stream()](IkEndState& target, IkJtStateVector& result) {
                      return stream.SolveIK(target, result, false, IkJoint::JtLimitAll, false);
                  });
@@ -119,7 +119,7 @@ Allocations ObjectAllocations(const Subject& subject, int targets)
     IkJtStateVector start = subject.States(subject.home);
     IkSolverPsuedoInverse solver(&subject.Stream());
     solver.SetStartingJtStates(&start);
-    return Count("object", subject, targets, kSolverRules,
+    return Count("object", subject, targets, kSolverCriteria,
                  [&solver](IkEndState& target, IkJtStateVector& result) {
                      return solver.SolveIK(target, result, false, IkJoint::JtLimitAll, false);
                  });

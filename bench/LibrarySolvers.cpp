@@ -3,13 +3,56 @@
 #include <IkSolver.h>
 
 #include "LibrarySolvers.h"
-#include "StateSolvers.h"
 
 namespace bench
 {
 
 namespace
 {
+
+/// What solvers over the library's joint states have in common.
+class StateSolver : public PoseSolver
+{
+  public:
+    StateSolver(const Subject& ofSubject, const Task& task)
+        : subject(ofSubject), start(subject.States(task.start)), targets(task.targets)
+    {}
+
+    JointValues Answer() override { return answer.GetValVector(); }
+
+  protected:
+    const Subject& subject;
+    IkJtStateVector start;
+    std::vector<IkEndState> targets;
+    IkJtStateVector answer;
+};
+
+/// Starts from where the machine's joints stand.
+class SolverFromJoints : public StateSolver
+{
+  public:
+    using StateSolver::StateSolver;
+
+    void GoTo(const JointValues& joints) override { subject.States(joints).CommitValuesToJoints(); }
+    void GoToStart() override { start.CommitValuesToJoints(); }
+    void GoToAnswer() override { answer.CommitValuesToJoints(); }
+};
+
+/// Starts from states of its own.
+class SolverFromStates : public StateSolver
+{
+  public:
+    SolverFromStates(const Subject& ofSubject, const Task& task)
+        : StateSolver(ofSubject, task), from(start)
+    {}
+
+    void GoTo(const JointValues& joints) override { from = subject.States(joints); }
+    void GoToStart() override { from = start; }
+    void GoToAnswer() override { from = answer; }
+
+  protected:
+    IkJtStateVector from;
+};
 
 class StreamSolver : public SolverFromJoints
 {
@@ -85,26 +128,12 @@ std::unique_ptr<PoseSolver> MakeHybridSolver(const Subject& subject, const Task&
     return std::make_unique<HybridSolver>(subject, task);
 }
 
-std::unique_ptr<PoseSolver> MakeTirelessSolver(const Subject& subject, const Task& task,
+std::unique_ptr<PoseSolver> MakeUnendingSolver(const Subject& subject, const Task& task,
                                                int lastPass)
 {
     auto solver = std::make_unique<SolverObject>(subject, task);
     solver->NeverConverge(lastPass);
     return solver;
-}
-
-std::vector<IkJtStateVector> HybridStarts(const Subject& subject, const Task& task)
-{
-    subject.States(task.start).CommitValuesToJoints();
-    IkSolverHybrid solver(&subject.Stream());
-    IkEndState target = task.targets.front();
-    IkJtStateVector answer;
-    solver.SolveIK(target, answer, false, IkJoint::JtLimitAll, false);
-    std::vector<IkJtStateVector> starts;
-    for (const IkSolverSampleItem& item : solver.GetSampleList()) {
-        starts.push_back(item.startStates);
-    }
-    return starts;
 }
 
 } // namespace bench

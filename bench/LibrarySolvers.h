@@ -2,7 +2,6 @@
 #define TRUNNION_BENCH_LIBRARY_SOLVERS_H
 
 #include <memory>
-#include <vector>
 
 #include "PoseSolver.h"
 
@@ -13,11 +12,8 @@ std::unique_ptr<PoseSolver> MakeStreamSolver(const Subject& subject, const Task&
 std::unique_ptr<PoseSolver> MakeSolverObject(const Subject& subject, const Task& task);
 std::unique_ptr<PoseSolver> MakeHybridSolver(const Subject& subject, const Task& task);
 /// The solver object in as many passes as `lastPass` + 1 says, whether it has converged or not.
-std::unique_ptr<PoseSolver> MakeTirelessSolver(const Subject& subject, const Task& task,
+std::unique_ptr<PoseSolver> MakeUnendingSolver(const Subject& subject, const Task& task,
                                                int lastPass);
-
-/// Where the hybrid solver's samples start when the joints stand at the task's start.
-std::vector<IkJtStateVector> HybridStarts(const Subject& subject, const Task& task);
 
 } // namespace bench
 

@@ -1,46 +1,30 @@
 #include "PlainPasses.h"
 
-#include "plain/PlainSolve.h"
-
 namespace bench
 {
 
-namespace
+bool IterateObserved(const IkStream& stream, plain::States& states, const plain::EndState& target,
+                     const plain::Criteria& criteria, const PassObserver& pass)
 {
-
-IkEndState WorkingState(const IkStream& stream, IkJtStateVector& states, const IkEndState& target)
-{
-    IkEndState working;
-    working.SetCompleteState(IkXformMat(plain::Pose(stream, states, false)));
-    working.CopyFilter(target);
-    return working;
-}
-
-} // namespace
-
-bool PlainIterate(IkStream& stream, IkJtStateVector& states, const IkEndState& target,
-                  const IterationRules& rules, const PassObserver& pass)
-{
-    plain::Fields fields = plain::Initialize(stream, false);
-    fields.states = states;
-    for (int number = 0; number <= rules.lastPass; ++number) {
-        const IkEndState working = WorkingState(stream, fields.states, target);
-        if (plain::Objective(working, target, rules.directionTolerance) <= rules.tolerance) {
-            states = fields.states;
-            return true;
+    plain::Fields fields = plain::Initialize(stream, states, false);
+    bool isMet = false;
+    for (int number = 0; number <= criteria.lastPass; ++number) {
+        const plain::EndState working(plain::Pose(stream, fields.states, false), target.filter);
+        isMet =
+            plain::Objective(working, target, criteria.directionTolerance) <= criteria.tolerance;
+        if (isMet) {
+            break;
         }
-        const TNT::Array2D<double> jacobian =
+        const plain::Array jacobian =
             plain::PartialJacobian(stream, fields, working, number, false);
         pass(jacobian);
-        plain::Column step = plain::PseudoInversePartialStep(fields, target, working, jacobian);
-        if (number < rules.lastPass) {
-            fields.states.AppendValues(step, IkJoint::JtLimitAll);
-        } else {
-            fields.states.AppendValues(step, false);
-        }
+        const bool isLast = number == criteria.lastPass;
+        plain::Append(fields.states,
+                      plain::PseudoInversePartialStep(fields, target, working, jacobian),
+                      isLast ? plain::LimitsOf(false) : plain::LimitsOf(IkJoint::JtLimitAll));
     }
     states = fields.states;
-    return false;
+    return isMet;
 }
 
 } // namespace bench

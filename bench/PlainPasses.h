@@ -3,37 +3,28 @@
 
 #include <functional>
 
-#include <tnt/tnt_array2d.h>
-
-#include "Poses.h"
+#include "plain/PlainSolve.h"
 
 namespace bench
 {
 
-/// What differs between the solves of a stream, of a solver object and of a hybrid solver's sample.
-struct IterationRules
-{
-    double tolerance;          //!< [length^2] plus [deg^2]
-    double directionTolerance; //!< of a cosine
-    int lastPass;
-};
-
-inline constexpr IterationRules kStreamRules{1e-8, 1.523e-10, 60};
-inline constexpr IterationRules kSolverRules{1e-12, 1.53e-10, 60};
-inline constexpr IterationRules kSampleRules{1e-12, 1.53e-10, 10};
+// What differs between the solves of a stream, of a solver object and of a hybrid solver's sample.
+inline constexpr plain::Criteria kStreamCriteria{};
+inline constexpr plain::Criteria kSolverCriteria{60, 1e-12, plain::kSolverDirectionTolerance};
+inline constexpr plain::Criteria kSampleCriteria{10, 1e-12, plain::kSolverDirectionTolerance};
 
 /// As many passes as `lastPass` + 1 says.
-inline constexpr IterationRules TirelessRules(int lastPass)
+inline constexpr plain::Criteria Unending(int lastPass)
 {
-    return {-1.0, 1.53e-10, lastPass};
+    return {lastPass, -1.0, plain::kSolverDirectionTolerance};
 }
 
-using PassObserver = std::function<void(const TNT::Array2D<double>& jacobian)>;
+using PassObserver = std::function<void(const plain::Array& jacobian)>;
 
-/// A solve in the functions of the plain formulation, from `states`, where it leaves the answer.
-/// Calls `pass` with the Jacobian of each pass.
-bool PlainIterate(IkStream& stream, IkJtStateVector& states, const IkEndState& target,
-                  const IterationRules& rules, const PassObserver& pass);
+/// plain::Iterate on all free joints within all limits, from `states`, where it leaves the answer;
+/// calls `pass` with the Jacobian of each pass.
+bool IterateObserved(const IkStream& stream, plain::States& states, const plain::EndState& target,
+                     const plain::Criteria& criteria, const PassObserver& pass);
 
 } // namespace bench
 

@@ -10,12 +10,17 @@ namespace bench
 {
 
 std::unique_ptr<PoseSolver> MakePlainStreamSolver(const Subject& subject, const Task& task);
-/// Follows any rules, pass by pass; calls `pass` with the Jacobian of each.
-std::unique_ptr<PoseSolver> MakePlainIteration(const Subject& subject, const Task& task,
-                                               const IterationRules& rules, PassObserver pass);
-/// Samples as the hybrid solver does from the task's start.
-std::unique_ptr<PoseSolver> MakePlainHybrid(const Subject& subject, const Task& task,
-                                            PassObserver pass);
+std::unique_ptr<PoseSolver> MakePlainSolverObject(const Subject& subject, const Task& task);
+std::unique_ptr<PoseSolver> MakePlainHybridSolver(const Subject& subject, const Task& task);
+/// The solver object in as many passes as `lastPass` + 1 says, whether it has converged or not.
+std::unique_ptr<PoseSolver> MakePlainUnendingSolver(const Subject& subject, const Task& task,
+                                                    int lastPass);
+
+// The same solves once more, to see the Jacobians of their passes.
+std::unique_ptr<PoseSolver> MakeObserver(const Subject& subject, const Task& task,
+                                         const plain::Criteria& criteria, PassObserver pass);
+std::unique_ptr<PoseSolver> MakeHybridObserver(const Subject& subject, const Task& task,
+                                               PassObserver pass);
 
 } // namespace bench
 

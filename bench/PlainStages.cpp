@@ -1,20 +1,21 @@
 #include <benchmark/benchmark.h>
 
 #include "Stages.h"
-#include "plain/PlainSolve.h"
+#include "plain/PlainStages.h"
 
 namespace bench
 {
 
 std::function<void()> PlainForward(const Subject& subject, const std::vector<JointValues>& joints)
 {
-    std::vector<IkJtStateVector> all;
+    std::vector<plain::States> all;
     for (const JointValues& values : joints) {
         all.push_back(subject.States(values));
     }
     return [&stream = subject.Stream(), all]() mutable {
-        for (IkJtStateVector& states : all) {
-            benchmark::DoNotOptimize(plain::Pose(stream, states, false)[0][0]);
+        for (plain::States& states : all) {
+            benchmark::DoNotOptimize(
+                plain::SolveFK(stream, states, false, nullptr, nullptr, false)[0][0]);
         }
     };
 }
@@ -23,7 +24,7 @@ std::function<void()> PlainJacobian(const Subject& subject, int count)
 {
     IkJtStateVector home = subject.States(subject.home);
     return [&stream = subject.Stream(), home, count,
-            reference = subject.TargetAt(subject.home)]() mutable {
+            reference = plain::EndState(subject.TargetAt(subject.home))]() mutable {
         home.CommitValuesToJoints();
         const plain::Fields fields = plain::Initialize(stream, false);
         for (int i = 0; i < count; ++i) {

@@ -80,11 +80,6 @@ PassObserver Into(Matrices& matrices)
         [&matrices](const TNT::Array2D<double>& jacobian) { matrices.push_back(Tall(jacobian)); };
 }
 
-PassObserver Nowhere()
-{
-    return [](const TNT::Array2D<double>& /*jacobian*/) {};
-}
-
 /// Library, plain formulation, the decompositions of the latter's passes.
 Scene SolveScene(const char* operation, const Subject& subject, const SharedTask& task,
                  const SharedSolver& library, const SharedSolver& plain, PoseSolver& recorder,
@@ -113,7 +108,7 @@ void AddKdl(Scene& scene, const SharedTask& task)
 Scene StreamScene(const char* operation, const Subject& subject, const SharedTask& task)
 {
     Matrices recorded;
-    const auto recorder = MakePlainIteration(subject, *task, kStreamRules, Into(recorded));
+    const auto recorder = MakeObserver(subject, *task, kStreamCriteria, Into(recorded));
     Scene scene = SolveScene(operation, subject, task, MakeStreamSolver(subject, *task),
                              MakePlainStreamSolver(subject, *task), *recorder, recorded);
     AddKdl(scene, task);
@@ -123,18 +118,17 @@ Scene StreamScene(const char* operation, const Subject& subject, const SharedTas
 Scene ObjectScene(const char* operation, const Subject& subject, const SharedTask& task)
 {
     Matrices recorded;
-    const auto recorder = MakePlainIteration(subject, *task, kSolverRules, Into(recorded));
+    const auto recorder = MakeObserver(subject, *task, kSolverCriteria, Into(recorded));
     return SolveScene(operation, subject, task, MakeSolverObject(subject, *task),
-                      MakePlainIteration(subject, *task, kSolverRules, Nowhere()), *recorder,
-                      recorded);
+                      MakePlainSolverObject(subject, *task), *recorder, recorded);
 }
 
 Scene HybridScene(const Subject& subject, const SharedTask& task)
 {
     Matrices recorded;
-    const auto recorder = MakePlainHybrid(subject, *task, Into(recorded));
+    const auto recorder = MakeHybridObserver(subject, *task, Into(recorded));
     return SolveScene(kHybrid, subject, task, MakeHybridSolver(subject, *task),
-                      MakePlainHybrid(subject, *task, Nowhere()), *recorder, recorded);
+                      MakePlainHybridSolver(subject, *task), *recorder, recorded);
 }
 
 Scene ForwardScene(const Subject& subject, int poses)
@@ -172,12 +166,11 @@ Scene PassScene(const Subject& subject, const Effort& effort)
 {
     constexpr int kOneIn = 12; // of a path's targets
     const auto task = std::make_shared<const Task>(WarmTask(subject, effort.warmTargets / kOneIn));
-    const IterationRules rules = TirelessRules(kLastPass);
     Matrices recorded;
-    const auto recorder = MakePlainIteration(subject, *task, rules, Into(recorded));
+    const auto recorder = MakeObserver(subject, *task, Unending(kLastPass), Into(recorded));
     Scene scene =
-        SolveScene(kPass, subject, task, MakeTirelessSolver(subject, *task, kLastPass),
-                   MakePlainIteration(subject, *task, rules, Nowhere()), *recorder, recorded);
+        SolveScene(kPass, subject, task, MakeUnendingSolver(subject, *task, kLastPass),
+                   MakePlainUnendingSolver(subject, *task, kLastPass), *recorder, recorded);
     scene.calls *= kLastPass + 1;
     for (Contender& contender : scene.contenders) {
         contender.solved.reset(); // it is not to end
