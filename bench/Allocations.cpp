@@ -8,9 +8,11 @@
 #include <IkSolver.h>
 
 #include "Decompositions.h"
-#include "HeapCount.h"
 #include "PlainPasses.h"
 #include "Poses.h"
+#include "allocations/CountedNew.h"
+
+using test::AllocationsIn;
 
 namespace bench
 {
@@ -41,12 +43,12 @@ std::vector<Solve> SolvesOf(const Subject& subject, const Task& task, const Solv
         plain::States states = subject.States(task.start);
         IterateObserved(subject.Stream(), states, target, criteria, [&solve](const auto& jacobian) {
             ++solve.passes;
-            solve.byJama += AllocationsOf([&jacobian] { Decompose(Tall(jacobian)); });
+            solve.byJama += AllocationsIn([&jacobian] { Decompose(Tall(jacobian)); });
         });
         IkJtStateVector result;
         bool isSolved = false;
-        solve.taken = AllocationsOf([&] { isSolved = library(target, result); });
-        solve.byResult = AllocationsOf([&result] { const IkJtStateVector copy = result; });
+        solve.taken = AllocationsIn([&] { isSolved = library(target, result); });
+        solve.byResult = AllocationsIn([&result] { const IkJtStateVector copy = result; });
         if (isSolved) {
             solves.push_back(solve);
         }
