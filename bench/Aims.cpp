@@ -105,83 +105,80 @@ bool Contains(const List& list, const Entry& entry)
     return std::find(list.begin(), list.end(), entry) != list.end();
 }
 
-/// Keeps the worse of what an aim has and of what is measured elsewhere.
-void Worsen(std::optional<Aim>& aim, const Aim& found)
+Aim Measured(const RatioAim& ratio, const std::vector<SceneTimes>& scenes)
 {
-    if (!aim ||
-        (found.isUpperBound ? found.measured > aim->measured : found.measured < aim->measured)) {
-        aim = found;
-    }
-}
-
-std::optional<Aim> WorstOf(const RatioAim& ratio, const std::vector<SceneTimes>& scenes)
-{
-    std::optional<Aim> worst;
+    Aim aim(ratio.text, ratio.isUpperBound, ratio.bound);
     for (const auto& [scene, times] : scenes) {
         const std::optional<double> measured = times.MedianRatio(ratio.over, ratio.under);
         if (measured && Contains(ratio.operations, scene.operation) &&
             Contains(ratio.kinds, scene.subject->kind)) {
-            Worsen(worst, {ratio.text, ratio.isUpperBound, ratio.bound, *measured,
-                           scene.operation + " " + scene.subject->name});
+            aim.Take(*measured, scene.operation + " " + scene.subject->name);
         }
     }
-    return worst;
+    return aim;
 }
 
-std::optional<Aim> WorstInPass(const std::vector<Allocations>& allocations)
+Aim InPass(const std::vector<Allocations>& allocations)
 {
-    std::optional<Aim> worst;
+    Aim aim("heap allocations in a pass beyond the decomposition's", true, 0.0);
     for (const Allocations& at : allocations) {
-        Worsen(worst, {"heap allocations in a pass beyond the decomposition's", true, 0.0,
-                       at.beyondInPass, at.operation + " " + at.machine});
+        aim.Take(at.beyondInPass, at.operation + " " + at.machine);
     }
-    return worst;
+    return aim;
 }
 
-std::optional<Aim> WorstInSolve(const std::vector<Allocations>& allocations)
+Aim InSolve(const std::vector<Allocations>& allocations)
 {
-    std::optional<Aim> worst;
+    Aim aim("heap allocations in a solve beyond the decompositions' and the result's", true, 10.0);
     for (const Allocations& at : allocations) {
-        Worsen(worst,
-               {"heap allocations in a solve beyond the decompositions' and the result's", true,
-                10.0, static_cast<double>(at.beyondInSolve), at.operation + " " + at.machine});
+        aim.Take(static_cast<double>(at.beyondInSolve), at.operation + " " + at.machine);
     }
-    return worst;
+    return aim;
 }
 
-/// A cost that is linear in joints times nodes stays what it is per joint and node, or falls.
-std::optional<Aim> WorstGrowth(const std::vector<Growth>& growth)
+/// A cost that is linear in joints times nodes stays what it is by joint and node, or falls.
+Aim InGrowth(const std::vector<Growth>& growth)
 {
     constexpr int kFirst = 6; // joints; below, what a pass costs at all counts for much
     constexpr double kMost = 1.25;
     const auto first = std::find_if(growth.begin(), growth.end(),
                                     [](const Growth& at) { return at.joints == kFirst; });
-    std::optional<Aim> worst;
-    for (auto at = first; at != growth.end(); ++at) {
-        Worsen(worst, {"pass without its decomposition, by joint and node, over that of six joints",
-                       true, kMost, at->perJointAndNode / first->perJointAndNode,
-                       std::to_string(at->joints) + " joints"});
+    Aim aim("pass without its decomposition, by joint and node, over that of six joints", true,
+            kMost);
+    for (const Growth& at : growth) {
+        if (at.joints > kFirst) {
+            aim.Take(at.perJointAndNode / first->perJointAndNode,
+                     std::to_string(at.joints) + " joints");
+        }
     }
-    return worst;
+    return aim;
 }
 
 } // namespace
 
+void Aim::Take(double measured, const std::string& place)
+{
+    if (!IsMeasured() || IsBetter(measured, best)) {
+        best = measured;
+    }
+    if (!IsMeasured() || IsBetter(worst, measured)) {
+        worst = measured;
+        worstPlace = place;
+    }
+}
+
 std::vector<Aim> AimsOf(const Measurements& measurements)
 {
-    std::vector<std::optional<Aim>> all;
-    for (const RatioAim& ratio : RatioAims()) {
-        all.push_back(WorstOf(ratio, measurements.scenes));
-    }
-    all.push_back(WorstInPass(measurements.allocations));
-    all.push_back(WorstInSolve(measurements.allocations));
-    all.push_back(WorstGrowth(measurements.growth));
     std::vector<Aim> aims;
-    for (const std::optional<Aim>& aim : all) {
-        if (aim) {
-            aims.push_back(*aim);
-        }
+    for (const RatioAim& ratio : RatioAims()) {
+        aims.push_back(Measured(ratio, measurements.scenes));
     }
+    aims.push_back(InPass(measurements.allocations));
+    aims.push_back(InSolve(measurements.allocations));
+    aims.push_back(InGrowth(measurements.growth));
+    aims.erase(
+        std::remove_if(aims.begin(), aims.end(), [](const Aim& aim) { return !aim.IsMeasured(); }),
+        aims.end());
     return aims;
 }
 

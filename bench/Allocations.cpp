@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -20,12 +21,14 @@ namespace bench
 namespace
 {
 
+constexpr int kTargets = 20;
+
 /// One converged solve.
 struct Solve
 {
     int passes{0};
     long taken{0};
-    long byJama{0}; //!< the matrices that it is handed among them
+    long byJama{0};
     long byResult{0};
 
     long Beyond() const { return taken - byJama - byResult; }
@@ -43,7 +46,8 @@ std::vector<Solve> SolvesOf(const Subject& subject, const Task& task, const Solv
         plain::States states = subject.States(task.start);
         IterateObserved(subject.Stream(), states, target, criteria, [&solve](const auto& jacobian) {
             ++solve.passes;
-            solve.byJama += AllocationsIn([&jacobian] { Decompose(Tall(jacobian)); });
+            const plain::Array tall = Tall(jacobian);
+            solve.byJama += AllocationsIn([&tall] { Decompose(tall); });
         });
         IkJtStateVector result;
         bool isSolved = false;
@@ -58,24 +62,24 @@ std::vector<Solve> SolvesOf(const Subject& subject, const Task& task, const Solv
 
 long MostBeyond(const std::vector<Solve>& solves)
 {
-    long most = 0;
-    for (const Solve& solve : solves) {
-        most = std::max(most, solve.Beyond());
-    }
-    return most;
+    const auto most =
+        std::max_element(solves.begin(), solves.end(),
+                         [](const Solve& a, const Solve& b) { return a.Beyond() < b.Beyond(); });
+    return most->Beyond();
 }
 
-/// Between each solve and the shortest one.
-double MostBeyondInPass(const std::vector<Solve>& solves)
+/// From the shortest solve to each longer one; nothing when all are of one length.
+std::optional<double> MostBeyondInPass(const std::vector<Solve>& solves)
 {
     const auto shortest =
         std::min_element(solves.begin(), solves.end(),
                          [](const Solve& a, const Solve& b) { return a.passes < b.passes; });
-    double most = 0.0;
+    std::optional<double> most;
     for (const Solve& solve : solves) {
         if (solve.passes > shortest->passes) {
             const auto more = static_cast<double>(solve.Beyond() - shortest->Beyond());
-            most = std::max(most, more / (solve.passes - shortest->passes));
+            const double inEach = more / (solve.passes - shortest->passes);
+            most = std::max(most.value_or(inEach), inEach);
         }
     }
     return most;
@@ -92,36 +96,39 @@ double AverageInDecomposition(const std::vector<Solve>& solves)
     return passes == 0 ? 0.0 : static_cast<double>(taken) / static_cast<double>(passes);
 }
 
-Allocations Count(const char* operation, const Subject& subject, int targets,
-                  const plain::Criteria& criteria, const SolveCall& library)
+Allocations Count(const char* operation, const Subject& subject, const plain::Criteria& criteria,
+                  const SolveCall& library)
 {
-    const Task task = ColdTask(subject, targets);
+    const Task task = ColdTask(subject, kTargets);
     SolvesOf(subject, task, library, criteria); // whatever is taken once and kept
     const std::vector<Solve> solves = SolvesOf(subject, task, library, criteria);
     if (solves.empty()) {
         throw std::runtime_error(subject.name + ": no solve converges");
     }
-    return {operation, subject.name, AverageInDecomposition(solves), MostBeyond(solves),
-            MostBeyondInPass(solves)};
+    const std::optional<double> inPass = MostBeyondInPass(solves);
+    if (!inPass) {
+        throw std::runtime_error(subject.name + ": all solves take as many passes");
+    }
+    return {operation, subject.name, AverageInDecomposition(solves), MostBeyond(solves), *inPass};
 }
 
 } // namespace
 
-Allocations StreamAllocations(const Subject& subject, int targets)
+Allocations StreamAllocations(const Subject& subject)
 {
     subject.States(subject.home).CommitValuesToJoints();
-    return Count("stream", subject, targets, kStreamCriteria,
+    return Count("stream", subject, kStreamCriteria,
                  [&stream = subject.Stream()](IkEndState& target, IkJtStateVector& result) {
                      return stream.SolveIK(target, result, false, IkJoint::JtLimitAll, false);
                  });
 }
 
-Allocations ObjectAllocations(const Subject& subject, int targets)
+Allocations ObjectAllocations(const Subject& subject)
 {
     IkJtStateVector start = subject.States(subject.home);
     IkSolverPsuedoInverse solver(&subject.Stream());
     solver.SetStartingJtStates(&start);
-    return Count("object", subject, targets, kSolverCriteria,
+    return Count("object", subject, kSolverCriteria,
                  [&solver](IkEndState& target, IkJtStateVector& result) {
                      return solver.SolveIK(target, result, false, IkJoint::JtLimitAll, false);
                  });

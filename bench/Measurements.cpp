@@ -27,8 +27,8 @@ Measurements Measure(const std::vector<Subject>& subjects, const Effort& effort)
             measurements.scenes.push_back({std::move(scene), std::move(times)});
         }
         if (subject.kind == Kind::FiveAxes || subject.kind == Kind::Arm) {
-            measurements.allocations.push_back(StreamAllocations(subject, effort.coldTargets));
-            measurements.allocations.push_back(ObjectAllocations(subject, effort.coldTargets));
+            measurements.allocations.push_back(StreamAllocations(subject));
+            measurements.allocations.push_back(ObjectAllocations(subject));
         }
     }
     for (const int joints : {3, 5, 6, 9, 12, 16}) {

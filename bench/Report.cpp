@@ -58,10 +58,12 @@ void PrintHead(std::ostream& out, const std::vector<std::string>& cells)
 
 void PrintAims(const std::vector<Aim>& aims, std::ostream& out)
 {
-    PrintHead(out, {"ratio, the worst of all measured", "aim", "measured", "met", "where"});
+    PrintHead(out, {"ratio", "aim", "best", "worst", "met", "the worst is"});
     for (const Aim& aim : aims) {
-        PrintRow(out, {aim.text, (aim.isUpperBound ? "<= " : ">= ") + host::ShortestText(aim.bound),
-                       host::FixedText(aim.measured, 2), aim.IsMet() ? "yes" : "no", aim.worst});
+        PrintRow(out, {aim.Text(),
+                       (aim.IsUpperBound() ? "<= " : ">= ") + host::ShortestText(aim.Bound()),
+                       host::FixedText(aim.Best(), 2), host::FixedText(aim.Worst(), 2),
+                       aim.IsMet() ? "yes" : "no", aim.WorstPlace()});
     }
 }
 
@@ -132,11 +134,9 @@ Json SceneJson(const SceneTimes& at)
 
 Json AimJson(const Aim& aim)
 {
-    return {{"aim", aim.text},
-            {aim.isUpperBound ? "at_most" : "at_least", aim.bound},
-            {"measured", aim.measured},
-            {"met", aim.IsMet()},
-            {"where", aim.worst}};
+    return {{"aim", aim.Text()},  {aim.IsUpperBound() ? "at_most" : "at_least", aim.Bound()},
+            {"best", aim.Best()}, {"worst", aim.Worst()},
+            {"met", aim.IsMet()}, {"worst_at", aim.WorstPlace()}};
 }
 
 Json GrowthJson(const Growth& at)
