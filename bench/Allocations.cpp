@@ -52,7 +52,8 @@ std::vector<Solve> SolvesOf(const Subject& subject, const Task& task, const Solv
         IkJtStateVector result;
         bool isSolved = false;
         solve.taken = AllocationsIn([&] { isSolved = library(target, result); });
-        solve.byResult = AllocationsIn([&result] { const IkJtStateVector copy = result; });
+        IkJtStateVector copy;
+        solve.byResult = AllocationsIn([&] { copy = result; });
         if (isSolved) {
             solves.push_back(solve);
         }

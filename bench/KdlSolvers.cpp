@@ -249,6 +249,7 @@ std::function<void()> KdlForward(const Subject& subject, const std::vector<Joint
     const auto loop = std::make_shared<Loop>(subject);
     const auto forward = std::make_shared<KDL::ChainFkSolverPos_recursive>(loop->Chain());
     std::vector<KDL::JntArray> arrays;
+    arrays.reserve(joints.size());
     for (const JointValues& values : joints) {
         arrays.push_back(loop->Joints(values));
     }

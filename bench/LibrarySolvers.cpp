@@ -47,11 +47,19 @@ class SolverFromStates : public StateSolver
     {}
 
     void GoTo(const JointValues& joints) override { from = subject.States(joints); }
-    void GoToStart() override { from = start; }
-    void GoToAnswer() override { from = answer; }
+    void GoToStart() override { TakeValues(start); }
+    void GoToAnswer() override { TakeValues(answer); }
 
   protected:
     IkJtStateVector from;
+
+  private:
+    void TakeValues(IkJtStateVector& of)
+    {
+        for (int i = 0; i < from.Size(); ++i) {
+            from.GetState(i).SetValue(of.GetState(i).GetValue());
+        }
+    }
 };
 
 class StreamSolver : public SolverFromJoints

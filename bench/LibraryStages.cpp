@@ -10,6 +10,7 @@ namespace bench
 std::function<void()> LibraryForward(const Subject& subject, const std::vector<JointValues>& joints)
 {
     std::vector<IkJtStateVector> all;
+    all.reserve(joints.size());
     for (const JointValues& values : joints) {
         all.push_back(subject.States(values));
     }

@@ -9,8 +9,9 @@ namespace bench
 std::function<void()> PlainForward(const Subject& subject, const std::vector<JointValues>& joints)
 {
     std::vector<plain::States> all;
+    all.reserve(joints.size());
     for (const JointValues& values : joints) {
-        all.push_back(subject.States(values));
+        all.emplace_back(subject.States(values));
     }
     return [&stream = subject.Stream(), all]() mutable {
         for (plain::States& states : all) {

@@ -34,8 +34,9 @@ void SolveAll(const Task& task, PoseSolver& solver, const After& after)
         const bool isSolved = solver.Solve(i);
         after(i, isSolved);
         if (!task.isPath) {
-            solver.GoToStart();
-        } else if (isSolved) {
+            continue; // a solve moves nothing by itself
+        }
+        if (isSolved) {
             solver.GoToAnswer();
         } else {
             solver.GoTo(task.witnesses[i]);

@@ -34,6 +34,7 @@ std::vector<const IkJoint*> JointsOf(const Subject& subject)
 {
     std::vector<const IkJoint*> joints;
     IkJtStateVector states = subject.Stream().GetJointStates();
+    joints.reserve(static_cast<std::size_t>(states.Size()));
     for (int i = 0; i < states.Size(); ++i) {
         joints.push_back(states.GetState(i).GetJoint());
     }
@@ -129,7 +130,7 @@ bool Meets(const Subject& subject, const JointValues& values, const IkEndState& 
         return false;
     }
     const IkXformMat reached = subject.TargetAt(values).GetCompleteState();
-    const IkXformMat wanted = target.GetCompleteState();
+    const IkXformMat& wanted = target.GetCompleteState();
     return std::sqrt(SquaredDistance(reached, wanted, 3)) <= kGoodPosition &&
            Angle(reached, wanted, 2) <= kGoodAngle &&
            (!subject.isWhole || Angle(reached, wanted, 0) <= kGoodAngle);
