@@ -35,8 +35,16 @@ class Counted
     static void Allow(int columns);
 
     friend double abs(const Counted& x);
-    friend double hypot(const Counted& x, const Counted& y) { return std::hypot(x.value, y.value); }
-    friend double hypot(const Counted& x, double y) { return std::hypot(x.value, y); }
+    // Columns begin with a zero and Jacobians are full of them, where the hypotenuse is the other
+    // side by definition.
+    friend double hypot(const Counted& x, const Counted& y)
+    {
+        if (y.value == 0.0) {
+            return std::fabs(x.value);
+        }
+        return x.value == 0.0 ? std::fabs(y.value) : std::hypot(x.value, y.value);
+    }
+    friend double hypot(const Counted& x, double y) { return hypot(x, Counted(y)); }
 
   private:
     double value{0.0};
