@@ -84,7 +84,7 @@ bool KinematicLoop::IsPartMovedBy(int index) const
     return hasPart && !isPartFixed && partChain.Moves(index);
 }
 
-bool KinematicLoop::TryPoseTurned(int index, double value, Affine& pose) const
+bool KinematicLoop::TryPoseMoved(int index, double value, Affine& pose) const
 {
     Affine movedTool;       // NOLINT(*-member-init)
     Affine movedPart;       // NOLINT(*-member-init)
@@ -104,38 +104,32 @@ bool KinematicLoop::TryPoseTurned(int index, double value, Affine& pose) const
     return IsFinite(pose.e);
 }
 
-/// The offset alone changes, and it alone is calculated anew.
-bool KinematicLoop::TryPoseSlid(int index, double value, Affine& pose) const
+bool KinematicLoop::TryOffsetSlid(int index, double value, double* offset) const
 {
+    const bool slidesTool = toolChain.Slides(index);
+    const bool slidesPart = hasPart && partChain.Slides(index);
+    if (!isSettled || !isFinite || (!slidesTool && !slidesPart)) {
+        return false;
+    }
     double tool[3]{baseToTool[3], baseToTool[7], baseToTool[11]};
     double part[3]{partToBase.e[3], partToBase.e[7], partToBase.e[11]};
-    if (toolChain.Moves(index)) {
+    if (slidesTool) {
         toolChain.EvaluateSlid(index, value, tool);
     }
-    if (IsPartMovedBy(index)) {
+    if (slidesPart) {
         double moved[3];
         partChain.EvaluateSlid(index, value, moved);
         InvertOffset(baseToPart, moved[0], moved[1], moved[2], part);
     }
-    pose = lastPose;
     if (hasPart) {
-        double lever[3];
-        Turn(partToBase.e, tool[0], tool[1], tool[2], lever);
+        Turn(partToBase.e, tool[0], tool[1], tool[2], offset);
         for (int row = 0; row < 3; ++row) {
-            pose.e[4 * row + 3] = lever[row] + part[row];
+            offset[row] = offset[row] + part[row];
         }
     } else {
-        for (int row = 0; row < 3; ++row) {
-            pose.e[4 * row + 3] = tool[row];
-        }
+        std::copy_n(tool, 3, offset);
     }
-    return std::isfinite(pose.e[3]) && std::isfinite(pose.e[7]) && std::isfinite(pose.e[11]);
-}
-
-bool KinematicLoop::TryPoseMoved(int index, double value, Affine& pose) const
-{
-    const bool slides = toolChain.Slides(index) || (hasPart && partChain.Slides(index));
-    return isFinite && slides ? TryPoseSlid(index, value, pose) : TryPoseTurned(index, value, pose);
+    return std::isfinite(offset[0]) && std::isfinite(offset[1]) && std::isfinite(offset[2]);
 }
 
 void KinematicLoop::PoseMoved(IkJtStateVector& states, int index, Affine& pose)

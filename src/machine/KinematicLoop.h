@@ -33,11 +33,14 @@ class KinematicLoop
     bool TryPose(IkJtStateVector& states, Affine& pose);
     /// The pose where only the state at `index` has another value since the last Pose or Prepare.
     void PoseMoved(IkJtStateVector& states, int index, Affine& pose);
+    /// The same as far as it differs from the last pose: that has the same rotation, and `offset`
+    /// is its own. False where the joint turns, and where an element is not finite.
+    bool TryOffsetSlid(int index, double value, double* offset) const;
+    /// The last pose; its elements are finite where TryOffsetSlid says so.
+    const Affine& LastPose() const { return lastPose; }
 
   private:
     bool TryPoseMoved(int index, double value, Affine& pose) const;
-    bool TryPoseTurned(int index, double value, Affine& pose) const;
-    bool TryPoseSlid(int index, double value, Affine& pose) const;
     bool IsPartMovedBy(int index) const;
     void Join(const double* fromPart, const double* toTool, Affine& pose) const;
     void AskNodes(IkJtStateVector& states, Affine& pose);
