@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
 
 #include "geometry/Angles.h"
 #include "geometry/Lanes.h"
@@ -23,11 +24,11 @@ void SetToZero(int size, JointRow& step)
 }
 
 /// Adds one singular value's term to a step: entry k gets the product of row k of an outer product
-/// v_i u_i' with an error vector, summed from 0. `summand(v_ki, c)` is the c-th of it, for one
-/// entry or for two side by side.
-template <class Summand>
-void AddTerm(const CountedArray& v, int i, int rows, int columns, double* step,
-             const Summand& summand)
+/// v_i u_i' with an error vector, summed from 0. `summand(v_ki, c)` is the c-th of `columns`, for
+/// one entry or for two side by side.
+template <class Columns, class Summand>
+void AddTermOf(Columns columns, const CountedArray& v, int i, int rows, double* step,
+               const Summand& summand)
 {
     int k = 0;
     for (; k + 1 < rows; k += 2) {
@@ -48,6 +49,28 @@ void AddTerm(const CountedArray& v, int i, int rows, int columns, double* step,
     }
 }
 
+/// The same with the usual numbers known to the compiler: a position alone or with one direction or
+/// three.
+template <class Summand>
+void AddTerm(int columns, const CountedArray& v, int i, int rows, double* step,
+             const Summand& summand)
+{
+    switch (columns) {
+    case 3:
+        AddTermOf(std::integral_constant<int, 3>(), v, i, rows, step, summand);
+        break;
+    case 6:
+        AddTermOf(std::integral_constant<int, 6>(), v, i, rows, step, summand);
+        break;
+    case 12:
+        AddTermOf(std::integral_constant<int, 12>(), v, i, rows, step, summand);
+        break;
+    default:
+        AddTermOf(columns, v, i, rows, step, summand);
+        break;
+    }
+}
+
 /// v_i u_i' (e / s_i)
 void AddPseudoInverseTerm(const Decomposition& svd, const EndVector& e, int i, int size,
                           double* step)
@@ -60,14 +83,8 @@ void AddPseudoInverseTerm(const Decomposition& svd, const EndVector& e, int i, i
         u[c] = svd.u[c][i];
         quotients[c] = e.e[c] / s;
     }
-    const int rows = std::min(size, svd.v.dim1());
-    const auto summand = [&u, &quotients](auto v, int c) { return (v * u[c]) * quotients[c]; };
-    constexpr int kUsual = 6; // a position and a direction: known to the compiler
-    if (columns == kUsual) {
-        AddTerm(svd.v, i, rows, kUsual, step, summand);
-    } else {
-        AddTerm(svd.v, i, rows, columns, step, summand);
-    }
+    AddTerm(columns, svd.v, i, std::min(size, svd.v.dim1()), step,
+            [&u, &quotients](auto v, int c) { return (v * u[c]) * quotients[c]; });
 }
 
 /// Euclidean norm of `scale` times rows `first` to `first` + 2 of a column.
@@ -165,7 +182,7 @@ void DampedSum(const Decomposition& svd, const EndVector& e, int size, JointRow&
     for (int i = 0; i < svd.rank; ++i) {
         const double s = svd.s[i];
         const double w = s / (s * s + kLambda * kLambda);
-        AddTerm(svd.v, i, std::min(size, svd.v.dim1()), std::min(svd.u.dim1(), e.size), step[0],
+        AddTerm(std::min(svd.u.dim1(), e.size), svd.v, i, std::min(size, svd.v.dim1()), step[0],
                 [&, i](auto v, int c) { return (w * (v * double{svd.u[c][i]})) * e.e[c]; });
     }
 }
