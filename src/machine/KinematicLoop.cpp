@@ -106,9 +106,12 @@ bool KinematicLoop::TryPoseMoved(int index, double value, Affine& pose) const
 
 bool KinematicLoop::TryOffsetSlid(int index, double value, double* offset) const
 {
+    if (!isSettled || !isFinite) {
+        return false;
+    }
     const bool slidesTool = toolChain.Slides(index);
     const bool slidesPart = hasPart && partChain.Slides(index);
-    if (!isSettled || !isFinite || (!slidesTool && !slidesPart)) {
+    if (!slidesTool && !slidesPart) {
         return false;
     }
     double tool[3]{baseToTool[3], baseToTool[7], baseToTool[11]};
