@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "geometry/Affine.h"
 #include "geometry/Compose.h"
 #include "geometry/Trace.h"
 
@@ -137,17 +138,8 @@ void IkXformMat::TranslateThis(double x, double y, double z)
 IkXformMat IkXformMat::QuickInvert() const
 {
     const IkXformMat source(*this); // 4x4, whatever the shape of this one
-    const std::array<double, 3> negated{source[0][3] * -1.0, source[1][3] * -1.0,
-                                        source[2][3] * -1.0};
     IkXformMat inverse;
-    for (int i = 0; i < 3; ++i) {
-        double offset = 0.0;
-        for (int j = 0; j < 3; ++j) {
-            inverse[i][j] = source[j][i];
-            offset = offset + source[j][i] * negated.at(static_cast<std::size_t>(j));
-        }
-        inverse[i][3] = offset;
-    }
+    trunnion::InvertRigid(source[0], inverse[0]);
     return inverse;
 }
 
