@@ -10,6 +10,7 @@
 
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include <tnt/tnt_vec.h>
 
@@ -94,7 +95,7 @@ class IK_API IkJoint : public IkNode
     double highBound{1.0};
     double lowBound{-1.0};
     JtPrimitives primitive{JtPrimNone};
-    TNT::Vector<double> arbitraryAxis;
+    std::vector<double> arbitraryAxis;
     bool directionReversed{false};
     double initialValue{0.0};
 };

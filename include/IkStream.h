@@ -135,8 +135,8 @@ class IK_API IkStream
   private:
     friend class trunnion::KinematicLoop;
 
-    void SetUpPartSpace();
-    void AlignPartSpaceTail();
+    bool EndsInPartSpace() const;
+    void SetUpPartSpace(const IkXformMat& baseToPart);
     const IkNode* FixedPartTip() const;
     IkXformMat PoseByNodes(IkJtStateVector& states, IkXformMat* partOut, IkXformMat* toolOut,
                            bool toolOnly) const;

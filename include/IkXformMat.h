@@ -77,6 +77,9 @@ class IK_API IkXformMat : public TNT::Matrix<double>
     void TraceDump(const wchar_t* label) const;
     /// One trace line a row, elements as "%7.3g ", ready for a matrix calculator.
     void TraceDumpMCode(const wchar_t* label) const;
+
+  private:
+    void Allocate(int rows, int cols);
 };
 
 #endif

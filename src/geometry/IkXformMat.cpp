@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <memory>
 
 #include "geometry/Affine.h"
 #include "geometry/Compose.h"
 #include "geometry/Trace.h"
+#include "model/Indexing.h"
+
+using trunnion::ToIndex;
 
 template class TNT::Matrix<double>;
 
@@ -15,11 +19,6 @@ namespace
 
 constexpr int kSide = 4;
 constexpr int kStored = kSide * kSide;
-
-constexpr std::array<double, kStored> kIdentity{1, 0, 0, 0, //
-                                                0, 1, 0, 0, //
-                                                0, 0, 1, 0, //
-                                                0, 0, 0, 1};
 
 bool IsFourByFour(const TNT::Matrix<double>& m)
 {
@@ -47,14 +46,47 @@ void CopyStored(const TNT::Matrix<double>& from, TNT::Matrix<double>& to)
 
 } // namespace
 
-IkXformMat::IkXformMat() : TNT::Matrix<double>(kSide, kSide, kIdentity.data()) {}
-
-IkXformMat::IkXformMat(const IkXformMat& other) : TNT::Matrix<double>(kSide, kSide, 0.0)
+IkXformMat::IkXformMat()
 {
+    Allocate(kSide, kSide);
+    for (int i = 0; i < kSide; ++i) {
+        row_[i][i] = 1.0;
+    }
+}
+
+IkXformMat::IkXformMat(const IkXformMat& other) : TNT::Matrix<double>()
+{
+    Allocate(kSide, kSide);
     CopyLeadingBlock(other, *this);
 }
 
-IkXformMat::IkXformMat(const TNT::Matrix<double>& other) : TNT::Matrix<double>(other) {}
+IkXformMat::IkXformMat(const TNT::Matrix<double>& other) : TNT::Matrix<double>()
+{
+    Allocate(other.num_rows(), other.num_cols());
+    if (other.size() > 0) {
+        std::copy_n(other[0], other.size(), v_);
+    }
+}
+
+/// Gives an empty matrix its storage, all 0. The base class could do that, but when the second or
+/// third of its three blocks is not to be had it loses the first.
+void IkXformMat::Allocate(int rows, int cols)
+{
+    auto elements = std::make_unique<double[]>(ToIndex(rows) * ToIndex(cols));
+    auto rowTable = std::make_unique<double*[]>(ToIndex(rows));
+    auto rowTableFromOne = std::make_unique<double*[]>(ToIndex(rows));
+    for (int i = 0; i < rows; ++i) {
+        rowTable[ToIndex(i)] = elements.get() + std::ptrdiff_t{i} * cols;
+        rowTableFromOne[ToIndex(i)] = rowTable[ToIndex(i)] - 1;
+    }
+    m_ = rows;
+    n_ = cols;
+    mn_ = rows * cols;
+    v_ = elements.release();
+    vm1_ = v_ - 1;
+    row_ = rowTable.release();
+    rowm1_ = rowTableFromOne.release() - 1;
+}
 
 IkXformMat::~IkXformMat() = default;
 

@@ -53,7 +53,12 @@ void ForEachJoint(IkNode* base, IkNode* node, TreeVisit::Walk walk, const Act& a
 
 IkMachine::IkMachine() = default;
 IkMachine::IkMachine(const IkMachine& other) = default;
-IkMachine& IkMachine::operator=(const IkMachine& other) = default;
+IkMachine& IkMachine::operator=(const IkMachine& other)
+{
+    streams = other.streams; // may fail, and then nothing has changed
+    baseNode = other.baseNode;
+    return *this;
+}
 IkMachine::~IkMachine()
 {
     Reset();

@@ -60,18 +60,19 @@ IkStream::~IkStream() = default;
 
 void IkStream::Copy(const IkStream& other)
 {
-    Id = other.Id;
-    Chains = other.Chains;
-    HasPartSpaceMatrix = other.HasPartSpaceMatrix;
+    // What may fail goes first: a stream is never half another one.
+    std::vector<IkChain*> chains = other.Chains;
+    std::map<IkNode*, bool> locks = other.LocalLocks;
+    trunnion::CopiedFields fields{other.SolverJtStates,   other.LockedFlags,
+                                  other.RotaryFlags,      other.RotaryJointIndices,
+                                  other.FreeJointIndices, other.MaxAngleStep};
     PartSpaceBody = other.PartSpaceBody;
+    Id = other.Id;
+    Chains.swap(chains);
+    HasPartSpaceMatrix = other.HasPartSpaceMatrix;
     PartSpaceFixed = other.PartSpaceFixed;
-    LocalLocks = other.LocalLocks;
-    SolverJtStates = other.SolverJtStates;
-    LockedFlags = other.LockedFlags;
-    RotaryFlags = other.RotaryFlags;
-    RotaryJointIndices = other.RotaryJointIndices;
-    FreeJointIndices = other.FreeJointIndices;
-    MaxAngleStep = other.MaxAngleStep;
+    LocalLocks.swap(locks);
+    fields.MoveInto(Fields());
 }
 
 bool IkStream::operator==(const IkStream& other) const
@@ -97,12 +98,14 @@ void IkStream::AddChain(IkChain* chain)
     if (chain == nullptr) {
         return;
     }
-    Chains.push_back(chain);
+    std::map<IkNode*, bool> locks = LocalLocks;
     for (IkNode* node : NodesOf(chain)) {
         if (node->IsJoint()) {
-            LocalLocks[node] = false;
+            locks[node] = false;
         }
     }
+    Chains.push_back(chain); // the last that may fail: with the locks or not at all
+    LocalLocks.swap(locks);
 }
 
 bool IkStream::GetChain(int index, IkChain** out) const
@@ -176,21 +179,23 @@ IkNode* IkStream::SearchByUserDataPtr(const void* data) const
 
 void IkStream::SetHasPartSpaceMatrix(bool has, bool fixed)
 {
+    if (has) {
+        SetUpPartSpace(PartSpaceBody.GetWorldFrame());
+    } else if (EndsInPartSpace()) {
+        Chains[1]->RemoveTail();
+    }
     PartSpaceFixed = fixed;
     HasPartSpaceMatrix = has;
-    if (has) {
-        SetUpPartSpace();
-    }
-    AlignPartSpaceTail();
 }
 
 void IkStream::SetPartSpaceMatrix(const IkXformMat& frame, bool fixed)
 {
-    PartSpaceBody.SetWorldFrame(frame);
+    IkXformMat baseToPart = PartSpaceBody.GetWorldFrame();
+    baseToPart = frame; // of whatever shape: what fits
+    SetUpPartSpace(baseToPart);
+    PartSpaceBody.SetWorldFrame(baseToPart);
     PartSpaceFixed = fixed;
     HasPartSpaceMatrix = true;
-    SetUpPartSpace();
-    AlignPartSpaceTail();
 }
 
 bool IkStream::GetHasPartSpaceMatrix() const
@@ -209,36 +214,29 @@ void IkStream::GetPartSpaceMatrix(IkXformMat& out) const
     out = PartSpaceBody.GetWorldFrame();
 }
 
-/// Hangs the part-space body on the tip of the part chain so that, with every part joint at its
-/// initial value, the chain ends at the requested frame.
-void IkStream::SetUpPartSpace()
+bool IkStream::EndsInPartSpace() const
 {
-    if (Chains.size() < 2) {
-        return;
-    }
-    IkChain& partChain = *Chains[1];
-    if (partChain.GetAt(partChain.Size() - 1) == &PartSpaceBody) {
-        partChain.RemoveTail();
-    }
-    IkJtStateVector initial = InitialStates(partChain);
-    const IkXformMat baseToTip = partChain.GetXformMat(initial);
-    const IkXformMat baseToPart = PartSpaceBody.GetWorldFrame();
-    PartSpaceBody.SetOrigFrame(trunnion::Compose(baseToTip.QuickInvert(), baseToPart));
-    partChain.AddNode(&PartSpaceBody);
+    return Chains.size() > 1 && Chains[1]->GetAt(Chains[1]->Size() - 1) == &PartSpaceBody;
 }
 
-void IkStream::AlignPartSpaceTail()
+/// Hangs the part-space body on the tip of the part chain so that, with every part joint at its
+/// initial value, the chain ends at the requested frame.
+void IkStream::SetUpPartSpace(const IkXformMat& baseToPart)
 {
     if (Chains.size() < 2) {
         return;
     }
-    IkChain& partChain = *Chains[1];
-    const bool isAppended = partChain.GetAt(partChain.Size() - 1) == &PartSpaceBody;
-    if (isAppended && !HasPartSpaceMatrix) {
-        partChain.RemoveTail();
-    } else if (!isAppended && HasPartSpaceMatrix) {
-        partChain.AddNode(&PartSpaceBody);
+    IkChain baseToTipChain = *Chains[1];
+    if (EndsInPartSpace()) {
+        baseToTipChain.RemoveTail();
     }
+    IkJtStateVector initial = InitialStates(baseToTipChain);
+    const IkXformMat baseToTip = baseToTipChain.GetXformMat(initial);
+    const IkXformMat tipToPart = trunnion::Compose(baseToTip.QuickInvert(), baseToPart);
+    if (!EndsInPartSpace()) {
+        Chains[1]->AddNode(&PartSpaceBody); // the last that may fail
+    }
+    PartSpaceBody.SetOrigFrame(tipToPart);
 }
 
 bool IkStream::SetLocalLock(IkNode* joint, bool locked)

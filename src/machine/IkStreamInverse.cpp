@@ -43,6 +43,7 @@ trunnion::SolveFields IkStream::Fields()
 
 void IkStream::InitializeIkSolver(bool lockRotary)
 {
+    trunnion::ClearIndices(Fields());
     trunnion::CollectJointStates(*this, SolverJtStates);
     trunnion::InitializeFields(Fields(), *this, lockRotary);
 }

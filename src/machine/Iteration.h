@@ -29,7 +29,10 @@ void TakeLastStep(Stages& stages, IkJtStateVector& result)
 template <class Stages>
 bool Iterate(Stages& stages, IkJtStateVector& result, IkJoint::JointLimitTypes limitType)
 {
-    for (int pass = 0; pass <= stages.LastPass(); ++pass) {
+    if (stages.LastPass() < 0) {
+        return false;
+    }
+    for (int pass = 0;; ++pass) { // never past the last number that there is
         if (stages.Error() <= stages.Tolerance()) {
             result = stages.States();
             return true;
@@ -41,8 +44,10 @@ bool Iterate(Stages& stages, IkJtStateVector& result, IkJoint::JointLimitTypes l
         } else if (pass == stages.LastPass()) {
             TakeLastStep(stages, result);
         }
+        if (pass >= stages.LastPass()) {
+            return false;
+        }
     }
-    return false;
 }
 
 } // namespace trunnion

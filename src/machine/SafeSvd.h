@@ -1,9 +1,49 @@
 #ifndef TRUNNION_MACHINE_SAFE_SVD_H
 #define TRUNNION_MACHINE_SAFE_SVD_H
 
+#include <memory>
+
 #include "IkJtState.h" // the arrays, as the library exports them
 #include "geometry/SmallMatrix.h"
 #include "machine/Counted.h"
+
+namespace trunnion
+{
+
+/// The two blocks of an array's storage: both, or an exception and none.
+template <class T>
+void Allocate(int size, T*& elements, int*& useCount)
+{
+    auto newElements = std::make_unique<T[]>(static_cast<std::size_t>(size));
+    useCount = std::make_unique<int>(1).release();
+    elements = newElements.release();
+}
+
+} // namespace trunnion
+
+namespace TNT
+{
+
+// The arrays of a decomposition are of this library's own type. As the template stands it loses the
+// elements when there is no room for the count of uses.
+
+template <>
+inline i_refvec<trunnion::Counted>::i_refvec(int n) : data_(nullptr), ref_count_(nullptr)
+{
+    if (n >= 1) {
+        trunnion::Allocate(n, data_, ref_count_);
+    }
+}
+
+template <>
+inline i_refvec<trunnion::Counted*>::i_refvec(int n) : data_(nullptr), ref_count_(nullptr)
+{
+    if (n >= 1) {
+        trunnion::Allocate(n, data_, ref_count_);
+    }
+}
+
+} // namespace TNT
 
 namespace trunnion
 {

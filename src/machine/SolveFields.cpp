@@ -6,6 +6,7 @@
 #include "IkStream.h"
 #include "geometry/Angles.h"
 #include "model/ChainJoints.h"
+#include "model/DirectAccess.h"
 #include "model/Indexing.h"
 
 namespace trunnion
@@ -25,6 +26,16 @@ bool IsHeld(const IkStream& stream, IkJoint* joint)
 
 } // namespace
 
+void CopiedFields::MoveInto(const SolveFields& fields) noexcept
+{
+    DirectAccess::Swap(states, fields.states);
+    lockedFlags.swap(fields.lockedFlags);
+    rotaryFlags.swap(fields.rotaryFlags);
+    rotaryIndices.swap(fields.rotaryIndices);
+    freeIndices.swap(fields.freeIndices);
+    fields.maxAngleStep = maxAngleStep;
+}
+
 void CollectJointStates(const IkStream& stream, IkJtStateVector& states)
 {
     states.Reset();
@@ -34,16 +45,23 @@ void CollectJointStates(const IkStream& stream, IkJtStateVector& states)
     }
 }
 
-void InitializeFields(const SolveFields& fields, const IkStream& stream, bool lockRotary)
+void ClearIndices(const SolveFields& fields)
 {
-    const auto count = ToIndex(fields.states.Size());
-    fields.maxAngleStep = kEighthTurn;
     fields.lockedFlags.clear();
     fields.rotaryFlags.clear();
     fields.rotaryIndices.clear();
     fields.freeIndices.clear();
+}
+
+void InitializeFields(const SolveFields& fields, const IkStream& stream, bool lockRotary)
+{
+    const auto count = ToIndex(fields.states.Size());
+    fields.maxAngleStep = kEighthTurn;
+    ClearIndices(fields);
     fields.rotaryIndices.reserve(count);
     fields.freeIndices.reserve(count);
+    fields.lockedFlags.reserve(count);
+    fields.rotaryFlags.reserve(count);
     for (int i = 0; i < fields.states.Size(); ++i) {
         IkJoint* joint = fields.states.GetState(i).GetJoint();
         const bool isRotary = joint != nullptr && joint->IsJoint() && joint->IsRotary();

@@ -21,8 +21,25 @@ struct SolveFields
     double& maxAngleStep;            // [rad]
 };
 
+/// Copies of the working fields of another solve, to be taken over once nothing can fail any more.
+struct CopiedFields
+{
+    IkJtStateVector states;
+    std::vector<bool> lockedFlags;
+    std::vector<bool> rotaryFlags;
+    std::vector<int> rotaryIndices;
+    std::vector<int> freeIndices;
+    double maxAngleStep; // [rad]
+
+    void MoveInto(const SolveFields& fields) noexcept;
+};
+
 /// Fills `states` with the joints of all chains, each once, at their current values.
 void CollectJointStates(const IkStream& stream, IkJtStateVector& states);
+
+/// Empties what counts on the states: before they change, so that no index leads astray where a
+/// solve is broken off.
+void ClearIndices(const SolveFields& fields);
 
 /// Fills the fields for a solve that starts from the values in `states`. A joint is locked by its
 /// own lock, by the stream's, or, when it is rotary, by `lockRotary`.

@@ -31,6 +31,13 @@ struct DirectAccess
         return states.states[ToIndex(index)].value;
     }
 
+    /// Cannot fail, where an assignment can.
+    static void Swap(IkJtStateVector& a, IkJtStateVector& b) noexcept
+    {
+        a.states.swap(b.states);
+        a.jointIndex.swap(b.jointIndex);
+    }
+
     /// Sets the upper three rows of the pose.
     static void SetPose(IkEndState& state, const double* rows)
     {

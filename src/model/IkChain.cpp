@@ -32,15 +32,15 @@ void IkChain::AddNodeAtHead(IkNode* node)
 
 void IkChain::FillFromBase2Node(IkNode* node)
 {
-    nodes.clear();
-    const auto isListed = [this](const IkNode* candidate) {
-        return std::find(nodes.begin(), nodes.end(), candidate) != nodes.end();
+    std::vector<IkNode*> path;
+    const auto isListed = [&path](const IkNode* candidate) {
+        return std::find(path.begin(), path.end(), candidate) != path.end();
     };
     // A node met again is its own ancestor: the walk ends there instead of going round for ever.
     for (; node != nullptr && !isListed(node); node = node->GetParentPtr()) {
-        nodes.push_back(node);
+        path.push_back(node);
     }
-    std::reverse(nodes.begin(), nodes.end());
+    nodes.assign(path.rbegin(), path.rend());
 }
 
 void IkChain::RemoveTail()

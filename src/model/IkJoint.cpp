@@ -3,6 +3,7 @@
 #include "IkJtState.h"
 #include "geometry/Angles.h"
 #include "geometry/Compose.h"
+#include "model/Indexing.h"
 
 template class TNT::Vector<double>;
 
@@ -14,7 +15,21 @@ IkJoint::IkJoint(const IkJoint& other)
       highBound(other.highBound), lowBound(other.lowBound)
 {}
 
-IkJoint& IkJoint::operator=(const IkJoint& other) = default;
+IkJoint& IkJoint::operator=(const IkJoint& other)
+{
+    // What may fail goes first: a joint is never half another one.
+    std::vector<double> newAxis = other.arbitraryAxis;
+    IkNode::operator=(other);
+    locked = other.locked;
+    currentValue = other.currentValue;
+    highBound = other.highBound;
+    lowBound = other.lowBound;
+    primitive = other.primitive;
+    arbitraryAxis.swap(newAxis);
+    directionReversed = other.directionReversed;
+    initialValue = other.initialValue;
+    return *this;
+}
 
 IkJoint::~IkJoint() = default;
 
@@ -128,11 +143,13 @@ void IkJoint::SetDirectionReversed(bool reversed)
 
 TNT::Vector<double> IkJoint::GetArbitraryAxis() const
 {
-    return arbitraryAxis;
+    return {trunnion::Count(arbitraryAxis), arbitraryAxis.data()};
 }
 void IkJoint::SetArbitraryAxis(const TNT::Vector<double>& axis)
 {
-    arbitraryAxis = axis;
+    // Not kept as a TNT vector, which forgets its elements but not its size where it finds no room
+    // for new ones.
+    arbitraryAxis.assign(axis.begin(), axis.end());
 }
 
 bool IkJoint::IsArbitraryAxisUsed() const

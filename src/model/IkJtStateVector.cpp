@@ -131,7 +131,15 @@ void IndicesOfKind(const std::vector<IkJtState>& states, std::vector<int>& out)
 
 IkJtStateVector::IkJtStateVector() = default;
 IkJtStateVector::IkJtStateVector(const IkJtStateVector& other) = default;
-IkJtStateVector& IkJtStateVector::operator=(const IkJtStateVector& other) = default;
+IkJtStateVector& IkJtStateVector::operator=(const IkJtStateVector& other)
+{
+    // Room for both first: states and look-up change together or not at all.
+    states.reserve(other.states.size());
+    jointIndex.reserve(other.jointIndex.size());
+    states = other.states;
+    jointIndex = other.jointIndex;
+    return *this;
+}
 IkJtStateVector::~IkJtStateVector() = default;
 
 double IkJtStateVector::NoStateExist()
@@ -480,6 +488,9 @@ IkJtStateVector IkJtStateVector::operator-(const IkJtStateVector& other) const
 IkJtStateVector& IkJtStateVector::operator+=(const IkJtStateVector& other)
 {
     const std::vector<IkJtState> added = other.states; // `other` may be this vector
+    // Room for all of them first: they are all appended or none is.
+    states.reserve(states.size() + added.size());
+    jointIndex.reserve(jointIndex.size() + added.size());
     for (const IkJtState& state : added) {
         if (FindStateByJointPtr(state.GetJoint()) < 0) {
             AddState(state);

@@ -17,7 +17,23 @@ IkNode::IkNode(const IkNode& other)
       parent(other.parent), userData(other.userData)
 {}
 
-IkNode& IkNode::operator=(const IkNode& other) = default;
+IkNode& IkNode::operator=(const IkNode& other)
+{
+    // What may fail goes first: a node is never half another one.
+    std::wstring newName = other.name;
+    std::wstring newType = other.type;
+    std::vector<IkNode*> newChildren = other.children;
+    name.swap(newName);
+    type.swap(newType);
+    children.swap(newChildren);
+    relativeFrame = other.relativeFrame; // of the same size: no storage is taken
+    worldFrame = other.worldFrame;
+    originalFrame = other.originalFrame;
+    parent = other.parent;
+    dirty = other.dirty;
+    userData = other.userData;
+    return *this;
+}
 
 IkNode::~IkNode() = default;
 

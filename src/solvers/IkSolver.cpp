@@ -44,7 +44,20 @@ IkSolver::IkSolver(const IkSolver& other)
       startStates(other.startStates)
 {}
 
-IkSolver& IkSolver::operator=(const IkSolver& other) = default;
+IkSolver& IkSolver::operator=(const IkSolver& other)
+{
+    // What may fail goes first: a solver is never half another one.
+    trunnion::CopiedFields fields{other.SolverJtStates,   other.LockedFlags,
+                                  other.RotaryFlags,      other.RotaryJointIndices,
+                                  other.FreeJointIndices, other.MaxAngleStep};
+    fields.MoveInto(Fields());
+    streamPtr = other.streamPtr;
+    maxIterations = other.maxIterations;
+    convergenceTolerance = other.convergenceTolerance;
+    curErrorValue = other.curErrorValue;
+    startStates = other.startStates;
+    return *this;
+}
 
 IkSolver::~IkSolver() = default;
 
@@ -113,6 +126,7 @@ void IkSolver::Initialize(bool lockRotary)
     if (streamPtr == nullptr) {
         return;
     }
+    trunnion::ClearIndices(Fields());
     if (startStates != nullptr) {
         SolverJtStates = *startStates;
     } else {

@@ -91,7 +91,14 @@ IkSolutionAnalyst::~IkSolutionAnalyst() = default;
 IkSolverHybrid::IkSolverHybrid() = default;
 IkSolverHybrid::IkSolverHybrid(IkStream* ofStream) : IkSolver(ofStream) {}
 IkSolverHybrid::IkSolverHybrid(const IkSolverHybrid& other) = default;
-IkSolverHybrid& IkSolverHybrid::operator=(const IkSolverHybrid& other) = default;
+IkSolverHybrid& IkSolverHybrid::operator=(const IkSolverHybrid& other)
+{
+    std::vector<IkSolverSampleItem> newSamples = other.sampleList; // before anything changes
+    IkSolver::operator=(other);
+    sampleList.swap(newSamples);
+    analyst = other.analyst;
+    return *this;
+}
 IkSolverHybrid::~IkSolverHybrid() = default;
 
 void IkSolverHybrid::Reset() {} // kept on purpose: neither the samples nor the base are touched
