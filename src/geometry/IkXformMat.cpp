@@ -8,9 +8,6 @@
 #include "geometry/Affine.h"
 #include "geometry/Compose.h"
 #include "geometry/Trace.h"
-#include "model/Indexing.h"
-
-using trunnion::ToIndex;
 
 template class TNT::Matrix<double>;
 
@@ -72,12 +69,14 @@ IkXformMat::IkXformMat(const TNT::Matrix<double>& other) : TNT::Matrix<double>()
 /// third of its three blocks is not to be had it loses the first.
 void IkXformMat::Allocate(int rows, int cols)
 {
-    auto elements = std::make_unique<double[]>(ToIndex(rows) * ToIndex(cols));
-    auto rowTable = std::make_unique<double*[]>(ToIndex(rows));
-    auto rowTableFromOne = std::make_unique<double*[]>(ToIndex(rows));
-    for (int i = 0; i < rows; ++i) {
-        rowTable[ToIndex(i)] = elements.get() + std::ptrdiff_t{i} * cols;
-        rowTableFromOne[ToIndex(i)] = rowTable[ToIndex(i)] - 1;
+    const auto rowCount = static_cast<std::size_t>(rows);
+    const auto colCount = static_cast<std::size_t>(cols);
+    auto elements = std::make_unique<double[]>(rowCount * colCount);
+    auto rowTable = std::make_unique<double*[]>(rowCount);
+    auto rowTableFromOne = std::make_unique<double*[]>(rowCount);
+    for (std::size_t i = 0; i < rowCount; ++i) {
+        rowTable[i] = elements.get() + i * colCount;
+        rowTableFromOne[i] = rowTable[i] - 1;
     }
     m_ = rows;
     n_ = cols;
