@@ -7,6 +7,8 @@
 
 #include <expat.h>
 
+#include "text/Utf8.h"
+
 namespace host
 {
 
@@ -126,6 +128,22 @@ class XmlReader
     std::optional<InputError> refusal;
 };
 
+/// The parser takes a text with zero bytes for one of two bytes a character, whatever it is told,
+/// and counts its lines and columns otherwise than everyone else.
+void RefuseZeroBytes(std::string_view text, const std::string& file)
+{
+    const std::size_t zero = text.find('\0');
+    if (zero == std::string_view::npos) {
+        return;
+    }
+    const std::string_view before = text.substr(0, zero);
+    const std::size_t lineStart = before.find_last_of('\n') + 1; // 0 on the first line
+    throw InputError(file,
+                     {1 + static_cast<int>(std::count(before.begin(), before.end(), '\n')),
+                      1 + static_cast<int>(CharacterCount(before.substr(lineStart)))},
+                     "there is a zero byte here: this is not UTF-8 text; save the file as UTF-8");
+}
+
 /// Characters that would end the attribute, or that a reader of it would turn into others.
 std::string Escaped(std::string_view text)
 {
@@ -153,6 +171,7 @@ std::optional<std::string> XmlElement::Attribute(std::string_view wanted) const
 
 XmlElement ParseXml(std::string_view text, const std::string& file)
 {
+    RefuseZeroBytes(text, file);
     return XmlReader(file).Read(text);
 }
 

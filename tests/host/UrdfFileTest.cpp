@@ -526,6 +526,18 @@ TEST(UrdfFaults, NameAnotherRootElement)
                            "it here or on the lines before");
 }
 
+TEST(UrdfFaults, NameAnEncodingThatIsNotUtf8)
+{
+    // "<robot/>" and a line end with two bytes a character, the low one first, then two bytes that
+    // are none.
+    const std::string wide("<\0r\0o\0b\0o\0t\0/\0>\0\n\0\0\xD8", 20);
+    const std::string sentence =
+        "there is a zero byte here: this is not UTF-8 text; save the file as UTF-8";
+    EXPECT_EQ(ErrorOf(wide), "cell.urdf:1:2: " + sentence);
+    EXPECT_EQ(ErrorOf("\xFF\xFE" + wide), "cell.urdf:1:4: " + sentence);
+    EXPECT_EQ(ErrorOf("<robot>\n  \xC3\xA4" + wide), "cell.urdf:2:5: " + sentence);
+}
+
 std::string Repeated(const std::string& text, int times)
 {
     std::string repeated;
