@@ -38,6 +38,19 @@ struct PlainStatement
     std::string name; // the first argument as it is written
 };
 
+/// Each run of blanks as one.
+std::string Squeezed(const std::string& text)
+{
+    std::string squeezed;
+    for (const char c : text) {
+        const bool isBlank = c == ' ' || c == '\t';
+        if (!isBlank || squeezed.empty() || squeezed.back() != ' ') {
+            squeezed += isBlank ? ' ' : c;
+        }
+    }
+    return squeezed;
+}
+
 std::vector<PlainStatement> Statements(const std::string& text)
 {
     std::vector<PlainStatement> all;
@@ -47,19 +60,20 @@ std::vector<PlainStatement> Statements(const std::string& text)
     for (std::string line : PlainLines(text)) {
         ++number;
         first = Trim(joined).empty() ? number : first;
-        line = Trim(line.substr(0, line.find("$$")) + " ");
-        if (!line.empty() && line.back() == '$') {
-            joined += line.substr(0, line.size() - 1) + " ";
+        line = line.substr(0, line.find("$$"));
+        const std::string shown = Trim(line);
+        if (!shown.empty() && shown.back() == '$') {
+            joined += line.substr(0, line.rfind('$')) + " "; // with the blanks before the $
             continue;
         }
         joined += line;
         PlainStatement statement;
         statement.line = first;
         const std::size_t slash = joined.find('/');
-        statement.word = Upper(Trim(joined.substr(0, slash)));
+        statement.word = Squeezed(Upper(Trim(joined.substr(0, slash))));
         if (slash != std::string::npos) {
             for (const std::string& argument : SplitAt(joined.substr(slash + 1), ',')) {
-                statement.arguments.push_back(Upper(Trim(argument)));
+                statement.arguments.push_back(Squeezed(Upper(Trim(argument))));
             }
             statement.name = Trim(SplitAt(joined.substr(slash + 1), ',')[0]);
         }

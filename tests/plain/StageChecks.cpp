@@ -1,4 +1,4 @@
-// The stages of a solve on unusual machines against the plain formulation.
+// The stages of a solve of a machine against the plain formulation.
 
 #include <algorithm>
 #include <cmath>
@@ -8,6 +8,7 @@
 #include "IkSolver.h"
 #include "plain/Comparison.h"
 #include "plain/PlainSteps.h"
+#include "plain/UnusualChecks.h"
 
 namespace
 {
@@ -21,10 +22,9 @@ using Array = TNT::Array2D<double>;
 /// An unusual machine in the middle of a solve.
 struct Pass
 {
-    explicit Pass(Random& random)
-        : machine(test::MakeUnusualMachine(random)), stream(*machine.stream),
-          target(test::UnusualTarget(machine, random)), lockRotary(random.OneIn(10)),
-          toolOnly(random.OneIn(5))
+    Pass(const UnusualMachine& ofMachine, Random& random)
+        : machine(ofMachine), stream(*machine.stream), target(test::UnusualTarget(machine, random)),
+          lockRotary(random.OneIn(10)), toolOnly(random.OneIn(5))
     {
         RunBoth(
             machine, [&] { stream.InitializeIkSolver(lockRotary); },
@@ -45,7 +45,7 @@ struct Pass
         }
     }
 
-    UnusualMachine machine;
+    const UnusualMachine& machine;
     IkStream& stream;
     IkEndState target;
     bool lockRotary;
@@ -213,50 +213,50 @@ Array UnusualStep(int rows, Random& random)
 
 } // namespace
 
-TEST(UnusualMachines, Stages)
+namespace test
 {
-    test::Repeat(test::Cases(5000), 34, [](Random& random) {
-        const Pass pass(random);
-        ExpectPlainObjective(pass, pass.target);
-        ExpectPlainObjective(pass, NearlyMet(pass, random));
-        Array jacobian;
-        ExpectPlainPartialJacobian(pass, 0, jacobian);
-        ExpectPlainPartialSteps(pass, jacobian);
-        ExpectPlainPartialJacobian(pass, 1, jacobian);
-        ExpectPlainPartialSteps(pass, jacobian);
-        Array unusual = UnusualJacobian(jacobian, random);
-        ExpectPlainDecomposition(pass, unusual);
-        ExpectPlainPartialSteps(pass, unusual);
-        if (ExpectPlainFullJacobian(pass, jacobian)) {
-            ExpectPlainFullSteps(pass, jacobian);
-            unusual = UnusualJacobian(jacobian, random);
-            ExpectPlainFullSteps(pass, unusual);
-        }
-    });
+
+void CheckStages(const UnusualMachine& machine, Random& random)
+{
+    const Pass pass(machine, random);
+    ExpectPlainObjective(pass, pass.target);
+    ExpectPlainObjective(pass, NearlyMet(pass, random));
+    Array jacobian;
+    ExpectPlainPartialJacobian(pass, 0, jacobian);
+    ExpectPlainPartialSteps(pass, jacobian);
+    ExpectPlainPartialJacobian(pass, 1, jacobian);
+    ExpectPlainPartialSteps(pass, jacobian);
+    Array unusual = UnusualJacobian(jacobian, random);
+    ExpectPlainDecomposition(pass, unusual);
+    ExpectPlainPartialSteps(pass, unusual);
+    if (ExpectPlainFullJacobian(pass, jacobian)) {
+        ExpectPlainFullSteps(pass, jacobian);
+        unusual = UnusualJacobian(jacobian, random);
+        ExpectPlainFullSteps(pass, unusual);
+    }
 }
 
-TEST(UnusualMachines, Limits)
+void CheckLimits(const UnusualMachine& machine, Random& random)
 {
-    test::Repeat(test::Cases(3000), 35, [](Random& random) {
-        const UnusualMachine machine = test::MakeUnusualMachine(random);
-        const IkJtStateVector start = test::UnusualStates(machine, random);
-        const int rows = random.OneIn(20) ? random.Below(20) : start.Size();
-        Array step = UnusualStep(rows, random);
-        for (int kind = 0; kind < 6; ++kind) {
-            IkJtStateVector states = start;
-            plain::States expected(start);
-            if (kind < 4) {
-                const auto limits = static_cast<IkJoint::JointLimitTypes>(kind);
-                states.AppendValues(step, limits);
-                plain::Append(expected, step, plain::LimitsOf(limits));
-            } else {
-                states.AppendValues(step, kind == 5);
-                plain::Append(expected, step, plain::LimitsOf(kind == 5));
-            }
-            EXPECT_EQ(test::StatesOf(states), test::StatesOf(expected));
-            std::vector<int> outside;
-            states.GetOutOfBoundIndices(outside);
-            EXPECT_EQ(static_cast<int>(outside.size()), plain::OutOfBounds(expected).Size());
+    const IkJtStateVector start = UnusualStates(machine, random);
+    const int rows = random.OneIn(20) ? random.Below(20) : start.Size();
+    Array step = UnusualStep(rows, random);
+    for (int kind = 0; kind < 6; ++kind) {
+        IkJtStateVector states = start;
+        plain::States expected(start);
+        if (kind < 4) {
+            const auto limits = static_cast<IkJoint::JointLimitTypes>(kind);
+            states.AppendValues(step, limits);
+            plain::Append(expected, step, plain::LimitsOf(limits));
+        } else {
+            states.AppendValues(step, kind == 5);
+            plain::Append(expected, step, plain::LimitsOf(kind == 5));
         }
-    });
+        EXPECT_EQ(StatesOf(states), StatesOf(expected));
+        std::vector<int> outside;
+        states.GetOutOfBoundIndices(outside);
+        EXPECT_EQ(static_cast<int>(outside.size()), plain::OutOfBounds(expected).Size());
+    }
 }
+
+} // namespace test

@@ -1,4 +1,4 @@
-// Solver objects on unusual machines against the plain formulation.
+// Solves of a machine by solver objects against the plain formulation.
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +11,7 @@
 #include "IkSolver.h"
 #include "plain/Comparison.h"
 #include "plain/PlainSolvers.h"
+#include "plain/UnusualChecks.h"
 
 namespace
 {
@@ -167,104 +168,90 @@ void ExpectPlainSamples(const IkStream& stream, const std::vector<IkSolverSample
 
 } // namespace
 
-TEST(UnusualMachines, PsuedoInverseSolves)
+namespace test
 {
-    int solved = 0;
-    int failed = 0;
-    test::Repeat(test::Cases(5000), 37, [&](Random& random) {
-        const UnusualMachine machine = test::MakeUnusualMachine(random);
-        IkSolverPsuedoInverse solver(machine.stream.get());
-        plain::PseudoInverseSolver plainSolver(*machine.stream);
-        IkJtStateVector start;
-        if (random.OneIn(2)) {
-            start = StartOf(machine, random);
-            EXPECT_EQ(solver.SetStartingJtStates(&start), plainSolver.SetStart(start));
-        }
-        for (int solves = random.OneIn(4) ? 2 : 1; solves > 0; --solves) {
-            const int iterations = random.OneIn(20) ? 60 : random.Below(20) - 1;
-            solver.SetMaxIterations(iterations);
-            plainSolver.SetMaxIterations(iterations);
-            const double tolerance = random.OneOf({1e-12, 1e-12, 1e-12, 1e-8, 0.5, 0.0, -1.0,
-                                                   std::numeric_limits<double>::quiet_NaN(),
-                                                   std::numeric_limits<double>::infinity()});
-            solver.SetConvergenceTolerance(tolerance);
-            plainSolver.SetConvergenceTolerance(tolerance);
-            const Given given(machine, random);
-            ++(ExpectPlainSolve(machine, given, solver, plainSolver) ? solved : failed);
-            EXPECT_EQ(NumberBits(solver.GetCurErrorval()), NumberBits(plainSolver.Error()));
-            EXPECT_EQ(solver.GetMaxIterations(), iterations);
-            EXPECT_EQ(NumberBits(solver.GetConvergenceTolerance()), NumberBits(tolerance));
-        }
-    });
-    EXPECT_GT(solved, 0);
-    EXPECT_GT(failed, 0);
-}
 
-TEST(UnusualMachines, HybridSolves)
+void CheckPsuedoInverseSolves(const UnusualMachine& machine, Random& random, Tally& tally)
 {
-    int solved = 0;
-    int failed = 0;
-    std::size_t most = 0;
-    test::Repeat(test::Cases(600), 38, [&](Random& random) {
-        const UnusualMachine machine = test::MakeUnusualMachine(random);
-        IkSolverHybrid solver(machine.stream.get());
-        plain::HybridSolver plainSolver(*machine.stream);
-        IkJtStateVector start;
-        if (random.OneIn(3)) {
-            start = StartOf(machine, random);
-            EXPECT_EQ(solver.SetStartingJtStates(&start), plainSolver.SetStart(start));
-        }
-        const Selection selection = AnySelection(random);
-        Analyst analyst(selection);
-        test::Words plainStart;
-        const bool hasAnalyst = random.OneIn(3);
-        if (hasAnalyst) {
-            solver.SetAnalystObj(&analyst);
-            plainSolver.SetAnalyst(
-                [&](const plain::States& states, std::vector<plain::Sample>& samples) {
-                    plainStart = StatesOf(states);
-                    std::vector<double> errors;
-                    for (const plain::Sample& sample : samples) {
-                        errors.push_back(sample.error);
-                    }
-                    Select(selection(errors), samples);
-                });
-        }
+    IkSolverPsuedoInverse solver(machine.stream.get());
+    plain::PseudoInverseSolver plainSolver(*machine.stream);
+    IkJtStateVector start;
+    if (random.OneIn(2)) {
+        start = StartOf(machine, random);
+        EXPECT_EQ(solver.SetStartingJtStates(&start), plainSolver.SetStart(start));
+    }
+    for (int solves = random.OneIn(4) ? 2 : 1; solves > 0; --solves) {
+        const int iterations = random.OneIn(20) ? 60 : random.Below(20) - 1;
+        solver.SetMaxIterations(iterations);
+        plainSolver.SetMaxIterations(iterations);
+        const double tolerance = random.OneOf({1e-12, 1e-12, 1e-12, 1e-8, 0.5, 0.0, -1.0,
+                                               std::numeric_limits<double>::quiet_NaN(),
+                                               std::numeric_limits<double>::infinity()});
+        solver.SetConvergenceTolerance(tolerance);
+        plainSolver.SetConvergenceTolerance(tolerance);
         const Given given(machine, random);
-        ++(ExpectPlainSolve(machine, given, solver, plainSolver) ? solved : failed);
-        ExpectPlainSamples(*machine.stream, solver.GetSampleList(), plainSolver.Samples());
-        EXPECT_EQ(NumberBits(solver.GetCurErrorval()), NumberBits(0.0)); // its samples have errors
-        EXPECT_EQ(analyst.start, plainStart);
-        EXPECT_EQ(analyst.ofStream, hasAnalyst ? machine.stream.get() : nullptr);
-        most = std::max(most, solver.GetSampleList().size());
-    });
-    EXPECT_GT(solved, 0);
-    EXPECT_GT(failed, 0);
-    EXPECT_GE(most, 16U); // two joints sampled, or three
+        tally.Add(ExpectPlainSolve(machine, given, solver, plainSolver));
+        EXPECT_EQ(NumberBits(solver.GetCurErrorval()), NumberBits(plainSolver.Error()));
+        EXPECT_EQ(solver.GetMaxIterations(), iterations);
+        EXPECT_EQ(NumberBits(solver.GetConvergenceTolerance()), NumberBits(tolerance));
+    }
 }
 
-TEST(UnusualMachines, DuplicateSamples)
+void CheckHybridSolve(const UnusualMachine& machine, Random& random, Tally& tally)
 {
-    int differing = 0;
-    test::Repeat(test::Cases(2000), 39, [&differing](Random& random) {
-        const UnusualMachine machine = test::MakeUnusualMachine(random);
-        std::vector<IkSolverSampleItem> samples(static_cast<std::size_t>(random.Below(8)));
-        std::vector<plain::Sample> expected;
-        for (IkSolverSampleItem& sample : samples) {
-            sample.resultStates = machine.stream->GetJointStates();
-            for (int i = 0; i < sample.resultStates.Size(); ++i) { // closer than 0.1 or not
-                sample.resultStates.GetState(i).SetValue(
-                    test::UnusualNumber(0.0625 * random.Below(3), random));
-            }
-            sample.rejected = random.OneIn(4);
-            expected.push_back({{}, sample.resultStates, sample.rejected, 0.0});
-        }
-        IkSolverHybrid(machine.stream.get()).EliminateDuplicates(samples);
-        plain::RejectDuplicates(expected);
-        for (std::size_t i = 0; i < samples.size(); ++i) {
-            EXPECT_EQ(samples[i].rejected, expected[i].rejected);
-            differing += samples[i].rejected ? 0 : 1;
-        }
-    });
-    EXPECT_GT(differing, 0);
+    IkSolverHybrid solver(machine.stream.get());
+    plain::HybridSolver plainSolver(*machine.stream);
+    IkJtStateVector start;
+    if (random.OneIn(3)) {
+        start = StartOf(machine, random);
+        EXPECT_EQ(solver.SetStartingJtStates(&start), plainSolver.SetStart(start));
+    }
+    const Selection selection = AnySelection(random);
+    Analyst analyst(selection);
+    Words plainStart;
+    const bool hasAnalyst = random.OneIn(3);
+    if (hasAnalyst) {
+        solver.SetAnalystObj(&analyst);
+        plainSolver.SetAnalyst(
+            [&](const plain::States& states, std::vector<plain::Sample>& samples) {
+                plainStart = StatesOf(states);
+                std::vector<double> errors;
+                for (const plain::Sample& sample : samples) {
+                    errors.push_back(sample.error);
+                }
+                Select(selection(errors), samples);
+            });
+    }
+    const Given given(machine, random);
+    tally.Add(ExpectPlainSolve(machine, given, solver, plainSolver));
+    ExpectPlainSamples(*machine.stream, solver.GetSampleList(), plainSolver.Samples());
+    EXPECT_EQ(NumberBits(solver.GetCurErrorval()), NumberBits(0.0)); // its samples have errors
+    EXPECT_EQ(analyst.start, plainStart);
+    EXPECT_EQ(analyst.ofStream, hasAnalyst ? machine.stream.get() : nullptr);
+    tally.mostSamples = std::max(tally.mostSamples, solver.GetSampleList().size());
 }
+
+int CheckDuplicateSamples(const UnusualMachine& machine, Random& random)
+{
+    std::vector<IkSolverSampleItem> samples(static_cast<std::size_t>(random.Below(8)));
+    std::vector<plain::Sample> expected;
+    for (IkSolverSampleItem& sample : samples) {
+        sample.resultStates = machine.stream->GetJointStates();
+        for (int i = 0; i < sample.resultStates.Size(); ++i) { // closer than 0.1 or not
+            sample.resultStates.GetState(i).SetValue(
+                UnusualNumber(0.0625 * random.Below(3), random));
+        }
+        sample.rejected = random.OneIn(4);
+        expected.push_back({{}, sample.resultStates, sample.rejected, 0.0});
+    }
+    IkSolverHybrid(machine.stream.get()).EliminateDuplicates(samples);
+    plain::RejectDuplicates(expected);
+    int left = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        EXPECT_EQ(samples[i].rejected, expected[i].rejected);
+        left += samples[i].rejected ? 0 : 1;
+    }
+    return left;
+}
+
+} // namespace test

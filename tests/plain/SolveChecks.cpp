@@ -1,9 +1,10 @@
-// Whole solves of unusual machines against the plain formulation.
+// Solves of a machine by its stream against the plain formulation.
 
 #include <gtest/gtest.h>
 
 #include "plain/Comparison.h"
 #include "plain/PlainSolve.h"
+#include "plain/UnusualChecks.h"
 
 namespace
 {
@@ -58,24 +59,12 @@ bool ExpectPlainSolve(const UnusualMachine& machine, Random& random)
 
 } // namespace
 
-TEST(UnusualMachines, StreamSolves)
+namespace test
 {
-    int solved = 0;
-    int failed = 0;
-    test::Repeat(test::Cases(4000), 36, [&](Random& random) {
-        ++(ExpectPlainSolve(test::MakeUnusualMachine(random), random) ? solved : failed);
-    });
-    EXPECT_GT(solved, 0);
-    EXPECT_GT(failed, 0);
+
+void CheckStreamSolve(const UnusualMachine& machine, Random& random, Tally& tally)
+{
+    tally.Add(ExpectPlainSolve(machine, random));
 }
 
-TEST(MeddlingMachines, StreamSolves)
-{
-    int solved = 0;
-    int failed = 0;
-    test::Repeat(test::Cases(500), 40, [&](Random& random) {
-        ++(ExpectPlainSolve(test::MakeMeddlingMachine(random), random) ? solved : failed);
-    });
-    EXPECT_GT(solved, 0);
-    EXPECT_GT(failed, 0);
-}
+} // namespace test
