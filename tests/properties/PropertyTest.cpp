@@ -7,93 +7,27 @@
 #include <gtest/gtest.h>
 
 #include "properties/ClosedForms.h"
+#include "properties/EveryMachine.h"
 #include "support/Bits.h"
-#include "support/Fixtures.h"
-#include "support/Random.h"
 #include "support/Repeat.h"
 
+using test::Angle;
 using test::BitsOf;
-using test::Fixture;
+using test::Distance;
+using test::EveryMachine;
+using test::kQuarterTurn;
+using test::PoseAt;
 using test::Random;
+using test::RandomJointValues;
+using test::StartNear;
 
 namespace
 {
-
-constexpr double kQuarterTurn = 1.5707963267948966;
 
 // What the tolerance 1e-8 of the objective promises: its square root as a distance, and as an angle
 // the one whose cosine is 1.523e-10 below 1, since directions that near count as met.
 constexpr double kPromisedDistance = 1e-4;                // [mm]
 const double kPromisedAngle = std::acos(1.0 - 1.523e-10); // [rad], 0.0010 deg
-
-bool Contains(const IkJoint& joint, double value)
-{
-    return value >= joint.GetLowBound() && value <= joint.GetHiBound();
-}
-
-/// Values inside the bounds, the bounds themselves and special angles among them.
-std::vector<double> RandomJointValues(const Fixture& fixture, Random& random)
-{
-    std::vector<double> values;
-    for (const IkJoint* joint : fixture.joints) {
-        const double low = joint->GetLowBound();
-        const double high = joint->GetHiBound();
-        double value = random.Between(low, high);
-        if (random.OneIn(8)) {
-            const double special =
-                random.OneOf({0.0, kQuarterTurn, -kQuarterTurn, 2 * kQuarterTurn, low, high});
-            value = Contains(*joint, special) ? special : value;
-        }
-        values.push_back(value);
-    }
-    return values;
-}
-
-/// A start near `values`: within 10 mm and 0.1 rad, inside the bounds.
-std::vector<double> StartNear(const Fixture& fixture, std::vector<double> values, Random& random)
-{
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const IkJoint& joint = *fixture.joints[i];
-        const double reach = joint.IsRotary() ? 0.1 : 10.0;
-        values[i] += random.Between(-reach, reach);
-        values[i] = std::min(std::max(values[i], joint.GetLowBound()), joint.GetHiBound());
-    }
-    return values;
-}
-
-IkEndState PoseAt(const Fixture& fixture, const std::vector<double>& values)
-{
-    IkJtStateVector states = fixture.States(values);
-    return fixture.stream->SolveFK(states, false, nullptr, nullptr, false);
-}
-
-double Distance(const IkEndState& a, const IkEndState& b)
-{
-    double sum = 0.0;
-    for (int i = 0; i < 3; ++i) {
-        const double d = a.GetCompleteState()[i][3] - b.GetCompleteState()[i][3];
-        sum += d * d;
-    }
-    return std::sqrt(sum);
-}
-
-/// Angle between the tool axes, well conditioned for small ones: |a - b| is its chord.
-double Angle(const IkEndState& a, const IkEndState& b)
-{
-    double sum = 0.0;
-    for (int i = 0; i < 3; ++i) {
-        const double d = a.GetCompleteState()[i][2] - b.GetCompleteState()[i][2];
-        sum += d * d;
-    }
-    return 2 * std::asin(std::min(1.0, std::sqrt(sum) / 2));
-}
-
-class EveryMachine : public ::testing::TestWithParam<test::NamedFixture>
-{
-  protected:
-    const Fixture fixture = GetParam().make();
-    IkStream& stream = *fixture.stream;
-};
 
 } // namespace
 
@@ -185,7 +119,7 @@ TEST_P(EveryMachine, SolvesStayWithinLimitsAndReportWhatDoesNot)
         const bool isSolved = stream.SolveIK(target, result, false, IkJoint::JtLimitAll, false);
         for (int i = 0; i < result.Size(); ++i) {
             const IkJtState& state = result.GetState(i);
-            ASSERT_EQ(Contains(*state.GetJoint(), state.GetValue()), isSolved);
+            ASSERT_EQ(test::Contains(*state.GetJoint(), state.GetValue()), isSolved);
         }
     });
 }
