@@ -10,6 +10,7 @@ namespace
 {
 
 long allocations = 0; // the tests have one thread
+long releases = 0;
 
 void* Counted(void* block)
 {
@@ -20,6 +21,12 @@ void* Counted(void* block)
     return block;
 }
 
+void Release(void* block)
+{
+    releases += block == nullptr ? 0 : 1;
+    std::free(block);
+}
+
 } // namespace
 
 namespace test
@@ -28,6 +35,11 @@ namespace test
 long Allocations()
 {
     return allocations;
+}
+
+long OutstandingBlocks()
+{
+    return allocations - releases;
 }
 
 } // namespace test
@@ -45,20 +57,20 @@ void* operator new(std::size_t size, std::align_val_t alignment)
 
 void operator delete(void* block) noexcept
 {
-    std::free(block);
+    Release(block);
 }
 
 void operator delete(void* block, std::size_t /*size*/) noexcept
 {
-    std::free(block);
+    Release(block);
 }
 
 void operator delete(void* block, std::align_val_t /*alignment*/) noexcept
 {
-    std::free(block);
+    Release(block);
 }
 
 void operator delete(void* block, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept
 {
-    std::free(block);
+    Release(block);
 }

@@ -8,6 +8,9 @@ namespace test
 /// far.
 long Allocations();
 
+/// Those of them that it has not given back.
+long OutstandingBlocks();
+
 /// Those that `run` takes.
 template <class Run>
 long AllocationsIn(const Run& run)
