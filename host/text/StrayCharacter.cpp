@@ -42,9 +42,9 @@ std::size_t EndOfString(std::string_view text, std::size_t position)
     return std::min(position + closing.size(), text.size());
 }
 
-} // namespace
-
-std::size_t FindStrayCharacter(std::string_view toml)
+/// The first character outside of strings and comments that `isWanted`.
+template <class Predicate>
+std::size_t FindOutsideStrings(std::string_view toml, Predicate isWanted)
 {
     std::size_t position = StandsAt(toml, 0, kByteOrderMark) ? kByteOrderMark.size() : 0;
     while (position < toml.size()) {
@@ -53,13 +53,31 @@ std::size_t FindStrayCharacter(std::string_view toml)
             position = EndOfComment(toml, position);
         } else if (c == '"' || c == '\'') {
             position = EndOfString(toml, position);
-        } else if (IsPlain(c)) {
+        } else if (!isWanted(c)) {
             ++position;
         } else {
             return position;
         }
     }
     return std::string_view::npos;
+}
+
+} // namespace
+
+std::size_t FindStrayCharacter(std::string_view toml)
+{
+    return FindOutsideStrings(toml, [](char c) { return !IsPlain(c); });
+}
+
+std::size_t FindLongKey(std::string_view toml, std::size_t maxDots)
+{
+    static constexpr std::string_view kEndsOfKeys = "=,[]{}\n";
+    return FindOutsideStrings(toml, [maxDots, dots = std::size_t{0}](char c) mutable {
+        if (kEndsOfKeys.find(c) != std::string_view::npos) {
+            dots = 0;
+        }
+        return c == '.' && ++dots > maxDots;
+    });
 }
 
 } // namespace host

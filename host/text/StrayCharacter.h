@@ -13,6 +13,9 @@ namespace host
 /// The TOML reader takes some of these for impossible and goes astray on them.
 std::size_t FindStrayCharacter(std::string_view toml);
 
+/// Where in a TOML text a key has one dot more than `maxDots`; npos when none has.
+std::size_t FindLongKey(std::string_view toml, std::size_t maxDots);
+
 } // namespace host
 
 #endif

@@ -12,6 +12,10 @@ namespace host
 namespace
 {
 
+/// Of one key. Each opens a table within the last, and the reader's tables go down one in another:
+/// far fewer than its stack holds, also where each of the nested values that it takes has as many.
+constexpr std::size_t kMaxDots = 16;
+
 /// Columns count characters of UTF-8 text, as those of the TOML reader do.
 TextPosition PositionIn(std::string_view text, std::size_t offset)
 {
@@ -53,6 +57,11 @@ toml::table ParseToml(std::string_view text, const std::string& file)
         throw InputError(file, PositionIn(text, stray),
                          "this character stands outside a string or comment, where TOML has plain "
                          "ASCII only; take it out");
+    }
+    if (const std::size_t dot = FindLongKey(text, kMaxDots); dot != std::string_view::npos) {
+        throw InputError(file, PositionIn(text, dot),
+                         "this name has more than " + std::to_string(kMaxDots) +
+                             " dots; is it the right file?");
     }
     try {
         return toml::parse(text, file);
