@@ -50,6 +50,11 @@ bool LineReader::Next()
     if (const std::size_t nul = line.find('\0'); nul != std::string_view::npos) {
         Refuse(nul, "there is a NUL byte here; this is not a text file, or it is damaged");
     }
+    if (const std::size_t lone = line.find('\r'); lone != std::string_view::npos) {
+        Refuse(lone,
+               "there is a carriage return here without a line feed behind it; write the file "
+               "with the line ends of Unix or of Windows");
+    }
     if (isTooLong || line.size() > bounds.lineLength) {
         Refuse(bounds.lineLength, "this line is longer than " + std::to_string(bounds.lineLength) +
                                       " characters; break it up");

@@ -25,7 +25,7 @@ class LineReader
     LineReader(std::istream& from, std::string fileName, TextBounds within);
 
     /// Moves to the next line; false at the end. Throws InputError for a line or a text beyond its
-    /// bound and for a NUL byte.
+    /// bound, for a NUL byte and for a CR within a line.
     bool Next();
     std::string_view Line() const { return line; } //!< valid until Next()
     int Number() const { return number; }          //!< of the current line, from 1
