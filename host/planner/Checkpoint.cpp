@@ -1,5 +1,6 @@
 #include "planner/Checkpoint.h"
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -114,10 +115,26 @@ std::string Head(const std::string& fingerprint, std::string_view blocks)
     return std::string(kFormat) + " " + fingerprint + " " + check.Hex() + "\n";
 }
 
-std::string ReadAll(const std::filesystem::path& place)
+std::string ReadAll(const std::filesystem::path& place, const std::string& beginning)
 {
     std::ifstream in = OpenInput(place);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    std::string content(beginning.size(), '\0');
+    in.read(content.data(), static_cast<std::streamsize>(content.size()));
+    // What is of another run may be anything, of any size.
+    if (!in || content != beginning) {
+        throw InputError(
+            place.string(),
+            "this was left by a run with another machine, toolpath, option or version; "
+            "repeat that run, or run without --resume");
+    }
+    std::array<char, 65536> block{};
+    while (in.read(block.data(), block.size()) || in.gcount() > 0) {
+        content.append(block.data(), static_cast<std::size_t>(in.gcount()));
+    }
+    if (in.bad()) {
+        throw InputError(place.string(), "this file cannot be read to its end; try again");
+    }
+    return content;
 }
 
 } // namespace
@@ -138,18 +155,14 @@ void SaveCheckpoint(const std::filesystem::path& place, const std::string& finge
 void LoadCheckpoint(const std::filesystem::path& place, const std::string& fingerprint,
                     PathPlan& plan)
 {
-    std::string content = ReadAll(place);
+    std::string content = ReadAll(place, std::string(kFormat) + " " + fingerprint);
     const std::size_t end = content.find('\n');
     const std::string head = content.substr(0, end == std::string::npos ? end : end + 1);
     content.erase(0, head.size());
     const std::string expected = Head(fingerprint, content);
     if (head != expected) {
-        const bool isOfThisRun = head.rfind(std::string(kFormat) + " " + fingerprint, 0) == 0;
         throw InputError(place.string(),
-                         isOfThisRun ? "this file is damaged; take it away and run without --resume"
-                                     : "this was left by a run with another machine, toolpath, "
-                                       "option or version; repeat that run, or run without "
-                                       "--resume");
+                         "this file is damaged; take it away and run without --resume");
     }
     BlockBytes bytes(std::move(content));
     while (!bytes.IsAtEnd() && plan.NumAppended() < plan.NumBlocks()) {

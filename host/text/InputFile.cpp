@@ -12,21 +12,39 @@ namespace host
 namespace
 {
 
+namespace fs = std::filesystem;
+
 constexpr std::uintmax_t kBytesPerMebibyte = 1024UL * 1024;
+
+/// Opening a pipe waits for who writes to it, and what came out of it does not come again.
+void RefuseOtherThanFile(const fs::path& path)
+{
+    if (path.empty()) {
+        throw InputError("trunnion", "the name of a file to read is empty; give one");
+    }
+    std::error_code ignored;
+    const fs::file_status status = fs::status(path, ignored);
+    if (fs::is_directory(status)) {
+        throw InputError(path.string(), "this is a folder; name a file in it");
+    }
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        throw InputError(path.string(),
+                         "this is not an ordinary file but a pipe or a device; write "
+                         "what it gives to a file and name that");
+    }
+}
 
 } // namespace
 
 std::ifstream OpenInput(const std::filesystem::path& path)
 {
+    RefuseOtherThanFile(path);
     errno = 0;
     std::ifstream in(path, std::ios::binary);
     if (!in) {
         throw InputError(path.string(), "this file cannot be opened (" +
                                             std::generic_category().message(errno) +
                                             "); check its name and your rights to read it");
-    }
-    if (std::error_code ignored; std::filesystem::is_directory(path, ignored)) {
-        throw InputError(path.string(), "this is a folder; name a file in it");
     }
     return in;
 }
