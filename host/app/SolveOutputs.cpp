@@ -1,5 +1,7 @@
 #include "app/SolveOutputs.h"
 
+#include <array>
+
 #include "app/SummaryJson.h"
 
 namespace host
@@ -51,13 +53,22 @@ void SolveOutputs::Finish(const RunReport& report)
 {
     if (program) {
         programFile->Write(program->End());
-        programFile->Finish();
     }
     if (summaryFile) {
         summaryFile->Write(ToJson(report));
-        summaryFile->Finish();
     }
-    tableFile.Finish();
+    // None moves before all are on the disk: where one finds no room, none appears.
+    const std::array files{programFile.get(), summaryFile.get(), &tableFile};
+    for (OutputFile* const file : files) {
+        if (file != nullptr) {
+            file->Seal();
+        }
+    }
+    for (OutputFile* const file : files) {
+        if (file != nullptr) {
+            file->Finish();
+        }
+    }
 }
 
 std::filesystem::path SolveOutputs::FinishAsPartial()

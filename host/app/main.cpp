@@ -1,8 +1,13 @@
 // The trunnion program: joint values for toolpaths and poses, and poses for joint values.
 
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <new>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 
@@ -98,12 +103,26 @@ host::ExitCode Run(int argc, char** argv)
                                       : host::ListBranches(branches, std::cout, std::cerr);
 }
 
+/// What is said on a stream that the caller has closed must not get into a file that was opened
+/// in its place. Reading only: what is written there fails as it did.
+void HoldStandardDescriptors()
+{
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (::fcntl(descriptor, F_GETFD) == -1 && ::open("/dev/null", O_RDONLY) != descriptor) {
+            std::_Exit(host::kExitBadInput);
+        }
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    // A reader that goes away must not end the program while a file is half written.
+    // Neither a reader that goes away nor a limit on sizes ends the program while a file is half
+    // written.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    HoldStandardDescriptors();
     try {
         const host::ExitCode code = Run(argc, argv);
         if (!std::cout.flush()) {
@@ -111,6 +130,9 @@ int main(int argc, char** argv)
             return host::kExitBadInput;
         }
         return code;
+    } catch (const std::bad_alloc&) {
+        std::cerr << "trunnion: there is not enough memory; free some, or split the toolpath\n";
+        return host::kExitBadInput;
     } catch (const std::exception& error) {
         std::cerr << error.what() << "\n";
         return host::kExitBadInput;

@@ -44,6 +44,9 @@ fs::path Resolved(const fs::path& path)
 
 OutputFile::OutputFile(const fs::path& place) : shown(place), target(Resolved(place))
 {
+    if (shown.empty()) {
+        throw InputError("trunnion", "the name of a file to write is empty; give one");
+    }
     RefuseOtherThanFile(target, shown);
     RefuseOtherThanFile(WithSuffix(target, ".partial"), WithSuffix(shown, ".partial"));
     temporary = WithSuffix(target, "." + std::to_string(::getpid()) + ".tmp");
@@ -87,13 +90,21 @@ fs::path OutputFile::FinishAsPartial()
     return WithSuffix(shown, ".partial");
 }
 
-void OutputFile::MoveTo(const fs::path& place)
+void OutputFile::Seal()
 {
     // A full disk may show only now, when the last of the text leaves the buffer.
+    if (stream == nullptr) {
+        return;
+    }
     if (std::fflush(stream.get()) != 0 || ::fsync(::fileno(stream.get())) != 0 ||
         std::fclose(stream.release()) != 0) {
         Refuse(errno);
     }
+}
+
+void OutputFile::MoveTo(const fs::path& place)
+{
+    Seal();
     std::error_code error;
     fs::rename(temporary, place, error);
     if (error) {

@@ -22,6 +22,8 @@ class OutputFile
     OutputFile& operator=(const OutputFile&) = delete;
 
     void Write(std::string_view text);
+    /// Closes the file; from here on nothing but its move can fail.
+    void Seal();
     /// Closes the file and moves it to its target.
     void Finish();
     /// Closes the file and moves it to the target's name with ".partial" behind; returns that name.
