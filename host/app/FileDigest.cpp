@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstdint>
+#include <tuple>
+#include <utility>
 
 #include <sha2.h>
 
@@ -26,6 +28,35 @@ std::string FileDigest(const std::filesystem::path& path)
     }
     std::array<char, SHA256_DIGEST_STRING_LENGTH> digits{};
     return SHA256End(&context, digits.data());
+}
+
+WatchedFile::WatchedFile(std::filesystem::path place)
+    : path(std::move(place)), before(StampOf(path))
+{}
+
+std::string WatchedFile::Digest() const
+{
+    std::string digest = FileDigest(path);
+    const Stamp after = StampOf(path);
+    const auto values = [](const Stamp& stamp) {
+        return std::tuple(stamp.device, stamp.number, stamp.size, stamp.changed.tv_sec,
+                          stamp.changed.tv_nsec);
+    };
+    if (values(before) != values(after)) {
+        throw InputError(path.string(),
+                         "this file was changed while it was read; run again when it "
+                         "is finished");
+    }
+    return digest;
+}
+
+WatchedFile::Stamp WatchedFile::StampOf(const std::filesystem::path& path)
+{
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0) {
+        return {}; // its opening says why
+    }
+    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim};
 }
 
 } // namespace host

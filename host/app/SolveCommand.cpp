@@ -1,11 +1,13 @@
 #include "app/SolveCommand.h"
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
 
+#include "app/FileDigest.h"
 #include "app/Interrupt.h"
 #include "app/Progress.h"
 #include "app/ReportText.h"
@@ -28,39 +30,58 @@ namespace
 
 namespace fs = std::filesystem;
 
-/// A file that is read must not be replaced, nor one that is written be written twice.
-void RefuseOverwriting(const SolveOptions& options)
-{
-    std::vector<fs::path> taken{options.machine.file, options.toolpath.file};
-    for (const std::optional<fs::path>& output :
-         {std::optional<fs::path>(options.output), options.gcode, options.summary}) {
-        if (!output) {
-            continue;
-        }
-        for (const fs::path& other : taken) {
-            std::error_code notThere;
-            if (fs::equivalent(*output, other, notThere) ||
-                output->lexically_normal() == other.lexically_normal()) {
-                throw InputError(output->string(), "the run would write over a file that it reads "
-                                                   "or writes; choose another name");
-            }
-        }
-        taken.push_back(*output);
-    }
-}
-
 fs::path WithSuffix(fs::path path, const char* suffix)
 {
     path += suffix;
     return path;
 }
 
+/// Also of a file that is not there yet.
+fs::path RealPath(const fs::path& path)
+{
+    std::error_code error;
+    const fs::path whole = fs::absolute(path, error);
+    const fs::path real = error ? path : fs::weakly_canonical(whole, error);
+    return error ? path.lexically_normal() : real;
+}
+
+bool AreSame(const fs::path& a, const fs::path& b)
+{
+    std::error_code notThere;
+    return fs::equivalent(a, b, notThere) || RealPath(a) == RealPath(b);
+}
+
+/// A file that is read must not be replaced, nor one that is written be written twice. Next to the
+/// table stands what an interrupted run leaves and a finished one takes away.
+void RefuseOverwriting(const SolveOptions& options)
+{
+    std::vector<fs::path> taken{options.machine.file, options.toolpath.file};
+    std::vector<fs::path> written{options.output, WithSuffix(options.output, ".partial"),
+                                  WithSuffix(options.output, ".resume")};
+    if (options.gcode) {
+        taken.emplace_back(options.dialect);
+        written.push_back(*options.gcode);
+    }
+    if (options.summary) {
+        written.push_back(*options.summary);
+    }
+    for (const fs::path& output : written) {
+        if (std::any_of(taken.begin(), taken.end(),
+                        [&](const fs::path& other) { return AreSame(output, other); })) {
+            throw InputError(output.string(), "the run would write over a file that it reads or "
+                                              "writes; choose another name");
+        }
+        taken.push_back(output);
+    }
+}
+
 /// One run over a path.
 class Run
 {
   public:
-    Run(const SolveOptions& ofUser, const PlanRequest& request, std::ostream& messages)
-        : options(ofUser), path(request.path), err(messages),
+    Run(const SolveOptions& ofUser, const SourceDigests& ofSources, const PlanRequest& request,
+        std::ostream& messages)
+        : options(ofUser), sources(ofSources), path(request.path), err(messages),
           plan(request), units{request.machine.length,
                                ofUser.inRadians ? AngleUnit::Radian : AngleUnit::Degree},
           summary(plan.Axes(), units), showsProgress(!ofUser.isQuiet && IsErrorATerminal()),
@@ -71,7 +92,7 @@ class Run
     /// False when it was interrupted; what is done is then kept.
     bool Execute(const Interrupt& interrupt)
     {
-        const std::string fingerprint = RunFingerprint(options);
+        const std::string fingerprint = RunFingerprint(options, sources);
         if (options.resumes) {
             LoadCheckpoint(checkpoint, fingerprint, plan);
         }
@@ -147,6 +168,7 @@ class Run
     }
 
     const SolveOptions& options;
+    const SourceDigests& sources;
     const Toolpath& path;
     std::ostream& err;
     PathPlan plan;
@@ -163,18 +185,21 @@ class Run
 ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err)
 {
     const auto start = std::chrono::steady_clock::now();
+    const WatchedFile machineFile(options.machine.file);
     LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
+    const WatchedFile pathFile(options.toolpath.file);
     const Toolpath path = ReadPath(options.toolpath, machine.length, err);
+    const SourceDigests sources{machineFile.Digest(), pathFile.Digest()};
     RefuseOverwriting(options);
     const PlanRequest request = RequestFrom(options, machine, path, err);
 
     const Interrupt interrupt; // from here on a signal does not end it in the middle of a row
-    Run run(options, request, err);
+    Run run(options, sources, request, err);
     if (!run.Execute(interrupt)) {
         return kExitInterrupted;
     }
     const RunReport report =
-        ReportOf(options, request, run.Result(), std::chrono::steady_clock::now() - start);
+        ReportOf(options, sources, request, run.Result(), std::chrono::steady_clock::now() - start);
     run.Finish(report);
     if (!options.isQuiet) {
         PrintReport(report, out);

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "app/FileDigest.h"
-
 namespace host
 {
 
@@ -67,15 +65,16 @@ std::vector<ReportedStream> StreamsOf(const PlanRequest& request)
 
 } // namespace
 
-RunReport ReportOf(const SolveOptions& options, const PlanRequest& request, const Summary& summary,
+RunReport ReportOf(const SolveOptions& options, const SourceDigests& sources,
+                   const PlanRequest& request, const Summary& summary,
                    std::chrono::duration<double> time)
 {
     RunReport report;
     report.version = options.version;
     report.command = options.command;
-    report.machine = {options.machine.file.string(), FileDigest(options.machine.file)};
+    report.machine = {options.machine.file.string(), sources.machine};
     report.machineName = request.machine.name;
-    report.toolpath = {options.toolpath.file.string(), FileDigest(options.toolpath.file)};
+    report.toolpath = {options.toolpath.file.string(), sources.toolpath};
     report.outputs.push_back({"joints", options.output.string()});
     if (options.gcode) {
         report.outputs.push_back({"gcode", options.gcode->string()});

@@ -3,6 +3,7 @@
 
 #include <chrono>
 
+#include "app/FileDigest.h"
 #include "app/RunReport.h"
 #include "app/SolveOptions.h"
 #include "app/Summary.h"
@@ -12,7 +13,8 @@ namespace host
 {
 
 /// What a run came to, and under which settings.
-RunReport ReportOf(const SolveOptions& options, const PlanRequest& request, const Summary& summary,
+RunReport ReportOf(const SolveOptions& options, const SourceDigests& sources,
+                   const PlanRequest& request, const Summary& summary,
                    std::chrono::duration<double> time);
 
 } // namespace host

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <map>
 
-#include "app/FileDigest.h"
 #include "app/Operations.h"
 #include "machine/AxisText.h"
 #include "solve/RollSearch.h"
@@ -220,17 +219,17 @@ PlanRequest RequestFrom(const SolveOptions& options, LoadedMachine& machine, con
     return request;
 }
 
-std::string RunFingerprint(const SolveOptions& options)
+std::string RunFingerprint(const SolveOptions& options, const SourceDigests& sources)
 {
     const auto numberOf = [](const std::optional<double>& value) {
         return value ? ShortestText(*value) : std::string("-");
     };
     Fingerprint print;
     print.Add(options.version);
-    print.Add(FileDigest(options.machine.file));
+    print.Add(sources.machine);
     print.Add(options.machine.links.tool.value_or(""));
     print.Add(options.machine.links.part.value_or(""));
-    print.Add(FileDigest(options.toolpath.file));
+    print.Add(sources.toolpath);
     print.Add(options.machine.stream ? std::to_string(*options.machine.stream) : "-");
     for (const std::string& text : options.operationStreams) {
         print.Add(text);

@@ -4,6 +4,7 @@
 #include <ostream>
 #include <string>
 
+#include "app/FileDigest.h"
 #include "app/SolveOptions.h"
 #include "machine/LoadedMachine.h"
 #include "planner/PathPlan.h"
@@ -22,7 +23,7 @@ PlanRequest RequestFrom(const SolveOptions& options, LoadedMachine& machine, con
                         std::ostream& warnings);
 
 /// Everything that the candidates depend on, in one line of digits.
-std::string RunFingerprint(const SolveOptions& options);
+std::string RunFingerprint(const SolveOptions& options, const SourceDigests& sources);
 
 } // namespace host
 
