@@ -51,7 +51,8 @@ IkXformMat::IkXformMat()
     }
 }
 
-IkXformMat::IkXformMat(const IkXformMat& other) : TNT::Matrix<double>()
+IkXformMat::IkXformMat(const IkXformMat& other) // NOLINT(bugprone-copy-constructor-init)
+    : TNT::Matrix<double>()
 {
     Allocate(kSide, kSide);
     CopyLeadingBlock(other, *this);

@@ -4,9 +4,11 @@
 #include "geometry/Compose.h"
 #include "geometry/Trace.h"
 #include "machine/KinematicLoop.h"
+#include "machine/SoleSolve.h"
 #include "model/DirectAccess.h"
 
 using trunnion::Compose;
+using trunnion::SoleSolve;
 
 const IkNode* IkStream::FixedPartTip() const
 {
@@ -19,6 +21,7 @@ const IkNode* IkStream::FixedPartTip() const
 IkEndState IkStream::SolveFK(IkJtStateVector& states, bool commit, IkXformMat* partOut,
                              IkXformMat* toolOut, bool toolOnly)
 {
+    const SoleSolve sole(SoleSolve::Use::Evaluation, this);
     IkEndState result;
     if (Chains.empty() || states.Size() == 0) {
         return result;

@@ -6,6 +6,9 @@
 #include "machine/Iteration.h"
 #include "machine/LoopStages.h"
 #include "machine/Objective.h"
+#include "machine/SoleSolve.h"
+
+using trunnion::SoleSolve;
 
 namespace
 {
@@ -124,6 +127,7 @@ void IkStream::JointClampSearch(TNT::Array2D<double>& step)
 bool IkStream::SolveIK(IkEndState& target, IkJtStateVector& result, bool toolOnly,
                        IkJoint::JointLimitTypes limitType, bool lockRotary)
 {
+    const SoleSolve sole(SoleSolve::Use::Solve, this);
     InitializeIkSolver(lockRotary);
     trunnion::LoopStages stages(*this, Fields(), target, toolOnly, trunnion::IkStepMethod,
                                 {kLastPass, kTolerance, kDirectionTolerance, IsObjectiveTraced()},

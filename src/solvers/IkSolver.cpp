@@ -7,6 +7,9 @@
 #include "machine/Iteration.h"
 #include "machine/LoopStages.h"
 #include "machine/Objective.h"
+#include "machine/SoleSolve.h"
+
+using trunnion::SoleSolve;
 
 namespace
 {
@@ -239,6 +242,7 @@ bool IkSolver::SolveIK(IkEndState& target, IkJtStateVector& result, bool toolOnl
     if (streamPtr == nullptr) {
         return false;
     }
+    const SoleSolve sole(SoleSolve::Use::Solve, streamPtr);
     Initialize(lockRotary);
     // Where neither a stage nor a node is a host's own, nobody can tell the stages apart.
     if (streamPtr != nullptr && typeid(*this) == typeid(IkSolverPsuedoInverse)) {

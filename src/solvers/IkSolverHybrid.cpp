@@ -8,6 +8,7 @@
 
 #include "geometry/Angles.h"
 #include "geometry/Trace.h"
+#include "machine/SoleSolve.h"
 #include "model/Indexing.h"
 
 using trunnion::Count;
@@ -173,6 +174,7 @@ bool IkSolverHybrid::SolveIK(IkEndState& target, IkJtStateVector& result, bool t
     if (streamPtr == nullptr) {
         return false;
     }
+    const trunnion::SoleSolve sole(trunnion::SoleSolve::Use::Solve, streamPtr);
     const bool isTraced = trunnion::Tracing().hybridSampling;
     Initialize(lockRotary);
     if (isTraced) {
