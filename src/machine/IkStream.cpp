@@ -226,7 +226,8 @@ void IkStream::SetUpPartSpace(const IkXformMat& baseToPart)
     if (Chains.size() < 2) {
         return;
     }
-    IkChain baseToTipChain = *Chains[1];
+    IkChain& partChain = *Chains[1];
+    IkChain baseToTipChain = partChain;
     if (EndsInPartSpace()) {
         baseToTipChain.RemoveTail();
     }
@@ -234,7 +235,7 @@ void IkStream::SetUpPartSpace(const IkXformMat& baseToPart)
     const IkXformMat baseToTip = baseToTipChain.GetXformMat(initial);
     const IkXformMat tipToPart = trunnion::Compose(baseToTip.QuickInvert(), baseToPart);
     if (!EndsInPartSpace()) {
-        Chains[1]->AddNode(&PartSpaceBody); // the last that may fail
+        partChain.AddNode(&PartSpaceBody); // the last that may fail
     }
     PartSpaceBody.SetOrigFrame(tipToPart);
 }

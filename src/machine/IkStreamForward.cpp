@@ -46,17 +46,18 @@ IkXformMat IkStream::PoseByNodes(IkJtStateVector& states, IkXformMat* partOut, I
                                  bool toolOnly) const
 {
     const bool isTraced = trunnion::Tracing().streamForwardKinematics;
-    const IkXformMat baseToTool = Chains[0]->GetXformMat(states);
+    const IkChain& toolChain = *Chains[0];
+    const IkXformMat baseToTool = toolChain.GetXformMat(states);
     if (toolOut != nullptr) {
         *toolOut = baseToTool;
     }
     if (isTraced) {
-        Chains[0]->TraceDump(L"FK_TOOL_CHAIN>>");
+        toolChain.TraceDump(L"FK_TOOL_CHAIN>>");
         baseToTool.TraceDump(L"FK_TOOL_MAT>>");
     }
 
     IkXformMat pose;
-    if (Chains.size() == 1 || (toolOnly && partOut == nullptr)) {
+    if (Chains.size() < 2 || (toolOnly && partOut == nullptr)) {
         pose = baseToTool;
     } else {
         const IkChain& partChain = *Chains[1];

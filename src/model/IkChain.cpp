@@ -76,7 +76,9 @@ IkNode* IkChain::SearchByUserDataPtr(const void* data) const
 IkJtStateVector IkChain::GetJointStates() const
 {
     IkJtStateVector states;
-    for (IkNode* node : nodes) {
+    for (std::size_t i = 0; i < nodes.size();
+         ++i) { // a host's node may change the chain when asked
+        IkNode* node = nodes[i];
         if (node->IsJoint()) {
             states.AddState(IkJtState(node));
         }
@@ -88,8 +90,8 @@ IkXformMat IkChain::GetXformMat() const
 {
     double* const currentValue = nullptr;
     IkXformMat baseToTip;
-    for (IkNode* node : nodes) {
-        baseToTip = trunnion::Compose(baseToTip, node->GetXformMat(currentValue));
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        baseToTip = trunnion::Compose(baseToTip, nodes[i]->GetXformMat(currentValue));
     }
     return baseToTip;
 }
@@ -97,8 +99,8 @@ IkXformMat IkChain::GetXformMat() const
 IkXformMat IkChain::GetXformMat(IkJtStateVector& states) const
 {
     IkXformMat baseToTip;
-    for (IkNode* node : nodes) {
-        baseToTip = trunnion::Compose(baseToTip, node->GetXformMat(states));
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        baseToTip = trunnion::Compose(baseToTip, nodes[i]->GetXformMat(states));
     }
     return baseToTip;
 }

@@ -50,8 +50,8 @@ bool IkNode::UpdateFrames()
 {
     const TreeVisit visit(TreeVisit::Walk::UpdateFrames, this);
     if (!visit.IsCycle()) {
-        for (IkNode* child : children) {
-            child->UpdateFrames();
+        for (std::size_t i = 0; i < children.size(); ++i) { // a host's node may add others
+            children[i]->UpdateFrames();
         }
         dirty = false;
     }
@@ -74,8 +74,8 @@ void IkNode::TraceDump(const wchar_t* label) const
     originalFrame.TraceDump(frameLabel.c_str());
     worldFrame.TraceDump(frameLabel.c_str());
     const std::wstring childLabel = trunnion::TraceLabel(label, L"\t", trunnion::kTraceChildLabel);
-    for (const IkNode* child : children) {
-        child->TraceDump(childLabel.c_str());
+    for (std::size_t i = 0; i < children.size(); ++i) {
+        children[i]->TraceDump(childLabel.c_str());
     }
 }
 

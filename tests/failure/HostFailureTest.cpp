@@ -1,6 +1,7 @@
 // A host's own code that throws out of a solve: the exception passes through as it is, and the next
 // solve gives what it would have given without it.
 
+#include <functional>
 #include <memory>
 #include <stdexcept>
 
@@ -12,6 +13,31 @@
 
 namespace
 {
+
+/// Does something to its surroundings the first time that it is asked.
+class Meddler : public IkJtPrism
+{
+  public:
+    using IkJtPrism::GetXformMat;
+    IkXformMat GetXformMat(IkJtStateVector& states) override
+    {
+        if (meddle) {
+            const std::function<void()> once = std::move(meddle);
+            meddle = nullptr;
+            once();
+        }
+        return IkJtPrism::GetXformMat(states);
+    }
+    bool UpdateFrames() override
+    {
+        if (meddle) {
+            meddle();
+        }
+        return IkJtPrism::UpdateFrames();
+    }
+
+    std::function<void()> meddle;
+};
 
 /// Throws when it is asked for the n-th time.
 class Quitter : public IkJtRot
@@ -89,4 +115,66 @@ TEST(HostFailure, ANodeThatThrowsInTheMiddleOfASolve)
             ASSERT_EQ(test::BlocksInUse(), inUse) << "question " << n;
         }
     }
+}
+
+TEST(HostFailure, ANodeThatLengthensTheChainThatIsEvaluated)
+{
+    Meddler meddler;
+    IkChain chain;
+    chain.AddNode(&meddler);
+    // Enough to make the list of nodes move.
+    std::vector<IkBody> more(100);
+    more.back().SetOrigFrame(IkXformMat::Translate(0, 0, 7));
+    meddler.meddle = [&chain, &more] {
+        for (IkBody& body : more) {
+            chain.AddNode(&body);
+        }
+    };
+    IkJtStateVector states;
+    EXPECT_EQ(chain.GetXformMat(states)[2][3], 7.0); // what is added is taken along
+    EXPECT_EQ(chain.Size(), 101);
+}
+
+TEST(HostFailure, ANodeThatAddsToTheTreeThatIsUpdated)
+{
+    Meddler meddler;
+    IkBody root;
+    root.AddChild(&meddler);
+    std::vector<IkBody> more(100);
+    meddler.meddle = [&root, &more] {
+        for (IkBody& body : more) {
+            root.AddChild(&body);
+        }
+    };
+    root.UpdateFrames();
+    EXPECT_FALSE(more.back().IsDirty());
+}
+
+TEST(HostFailure, ANodeThatEmptiesTheStreamThatIsEvaluated)
+{
+    Meddler meddler;
+    meddler.SetOrigFrame(IkXformMat::Translate(1, 2, 3));
+    IkBody table;
+    IkChain tool;
+    IkChain part;
+    tool.AddNode(&meddler);
+    part.AddNode(&table);
+    IkStream stream;
+    stream.AddChain(&tool);
+    stream.AddChain(&part);
+    meddler.meddle = [&stream] { stream.Reset(); };
+    // Without a part chain the pose is the tool's.
+    EXPECT_EQ(stream.SolveFK(false).GetCompleteState()[1][3], 2.0);
+    EXPECT_EQ(stream.NumChains(), 0);
+}
+
+TEST(HostFailure, ANodeThatEmptiesTheStreamThatIsSolved)
+{
+    Rig rig;
+    Meddler meddler;
+    rig.tool.AddNode(&meddler);
+    meddler.meddle = [&rig] { rig.stream.Reset(); };
+    rig.target.SetCompleteState(IkXformMat::Translate(1e6, 0, 0));
+    EXPECT_FALSE(SolveByStream(rig));
+    EXPECT_EQ(rig.stream.NumChains(), 0);
 }
