@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include "IkSolver.h"
+#include "support/Random.h"
 #include "support/Repeat.h"
 
 namespace
