@@ -1,5 +1,5 @@
 """Runs what the documents show: the README's commands, its machine file and its program, and the
-commands of samples/README.md, these in a copy of that folder.
+commands of samples/README.md, these in a copy of that folder, and those of docs/.
 
 usage: check_documents.py ROOT BUILD CXX
 
@@ -91,6 +91,23 @@ def check_samples(root, build):
     print(f"samples/README: {len(commands)} sh")
 
 
+def check_paths(name, text, root):
+    for path in re.findall(r"`((?:scripts|include|src|host|samples|dialects|docs|tests)/[\w/.-]*)",
+                           text):
+        if not os.path.exists(root / path):
+            raise SystemExit(f"{name} names {path}, which does not exist")
+
+
+def check_pages(root):
+    for page in sorted((root / "docs").glob("*.md")):
+        text = page.read_text()
+        commands = [content for language, content in blocks(text) if language == "sh"]
+        for content in commands:
+            run(["bash", "-euo", "pipefail", "-c", content], root)
+        check_paths(page.name, text, root)
+        print(f"docs/{page.name}: {len(commands)} sh")
+
+
 def main():
     root, build, compiler = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve(), sys.argv[3]
     counts = {}
@@ -118,10 +135,8 @@ def main():
                 raise SystemExit(f"no rule for a block of {language}")
     if source:
         raise SystemExit("the program is not complete")
-    for path in re.findall(r"`((?:scripts|include|src|host|samples|dialects|tests)/[\w/.-]*)`",
-                           readme):
-        if not os.path.exists(root / path):
-            raise SystemExit(f"README names {path}, which does not exist")
+    check_paths("README", readme, root)
+    check_pages(root)
     check_samples(root, build)
     print("README: " + ", ".join(f"{n} {language}" for language, n in sorted(counts.items())))
 
