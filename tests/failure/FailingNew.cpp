@@ -4,7 +4,8 @@
 #include <cstdlib>
 #include <new>
 
-// The array forms and those that do not throw come down to these.
+// The forms that do not throw come down to these. The array forms would, too, but not in builds
+// with a sanitizer, which has its own.
 
 namespace
 {
@@ -123,6 +124,36 @@ void operator delete(void* block, std::align_val_t /*alignment*/) noexcept
 }
 
 void operator delete(void* block, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept
+{
+    GiveBack(block);
+}
+
+void* operator new[](std::size_t size)
+{
+    return Grant(size, TakeUsual, 0);
+}
+
+void* operator new[](std::size_t size, std::align_val_t alignment)
+{
+    return Grant(size, TakeAligned, static_cast<std::size_t>(alignment));
+}
+
+void operator delete[](void* block) noexcept
+{
+    GiveBack(block);
+}
+
+void operator delete[](void* block, std::size_t /*size*/) noexcept
+{
+    GiveBack(block);
+}
+
+void operator delete[](void* block, std::align_val_t /*alignment*/) noexcept
+{
+    GiveBack(block);
+}
+
+void operator delete[](void* block, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept
 {
     GiveBack(block);
 }
