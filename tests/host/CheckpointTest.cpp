@@ -209,7 +209,7 @@ std::string Mutated(std::string text, test::Random& random)
             break;
         default:
             text.insert(at, static_cast<std::size_t>(few),
-                        static_cast<char>(random.OneOf({0, 1, 127, 255})));
+                        static_cast<char>(static_cast<int>(random.OneOf({0, 1, 127, 255}))));
             break;
         }
     }
