@@ -76,11 +76,11 @@ void RefuseOverwriting(const SolveOptions& options)
 }
 
 /// One run over a path.
-class Run
+class PathRun
 {
   public:
-    Run(const SolveOptions& ofUser, const SourceDigests& ofSources, const PlanRequest& request,
-        std::ostream& messages)
+    PathRun(const SolveOptions& ofUser, const SourceDigests& ofSources, const PlanRequest& request,
+            std::ostream& messages)
         : options(ofUser), sources(ofSources), path(request.path), err(messages),
           plan(request), units{request.machine.length,
                                ofUser.inRadians ? AngleUnit::Radian : AngleUnit::Degree},
@@ -194,7 +194,7 @@ ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err
     const PlanRequest request = RequestFrom(options, machine, path, err);
 
     const Interrupt interrupt; // from here on a signal does not end it in the middle of a row
-    Run run(options, sources, request, err);
+    PathRun run(options, sources, request, err);
     if (!run.Execute(interrupt)) {
         return kExitInterrupted;
     }

@@ -9,6 +9,7 @@ namespace host
 {
 
 constexpr double kPi = 3.14159265358979323846;
+constexpr double kTurn = 2.0 * kPi;
 constexpr double kRadiansPerDegree = kPi / 180.0;
 
 enum class AngleUnit { Degree, Radian };

@@ -11,6 +11,7 @@
 #include "machine/UrdfFile.h"
 #include "text/InputError.h"
 #include "text/InputFile.h"
+#include "text/Utf8.h"
 
 namespace host
 {
@@ -22,7 +23,6 @@ constexpr std::uintmax_t kMaxMachineBytes = 16UL * 1024 * 1024;
 
 bool IsUrdf(const std::filesystem::path& path, std::string_view text)
 {
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
         text.remove_prefix(kByteOrderMark.size());
     }

@@ -21,8 +21,6 @@ namespace host
 namespace
 {
 
-constexpr std::string_view kBaseName = "base";
-
 std::wstring Wide(const std::string& name)
 {
     return std::wstring_convert<std::codecvt_utf8<wchar_t>>().from_bytes(name);

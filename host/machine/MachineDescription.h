@@ -3,6 +3,7 @@
 
 #include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "geometry/Units.h"
@@ -14,6 +15,9 @@
 // in the machine's unit, angles in radians.
 namespace host
 {
+
+/// What all axes hang on, where a parent is named.
+constexpr std::string_view kBaseName = "base";
 
 struct Range
 {

@@ -18,7 +18,6 @@ namespace
 {
 
 constexpr double kMillimetresPerMetre = 1000.0;
-constexpr const char* kBaseName = "base";
 
 /// Where the program's user may find the name that is missing.
 std::string ListOf(const std::vector<Located<std::string>>& links)
@@ -102,7 +101,7 @@ class UrdfReader
         while (name != nullptr && joints.at(*name).motion == UrdfMotion::Fixed) {
             name = JointAbove(joints.at(*name).parentLink);
         }
-        return name == nullptr ? kBaseName : *name;
+        return name == nullptr ? std::string(kBaseName) : *name;
     }
 
     /// The frame of a link with all joints at 0 [m].

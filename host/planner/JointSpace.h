@@ -12,8 +12,6 @@
 namespace host
 {
 
-constexpr double kTurn = 2.0 * kPi;
-
 /// How far beyond a limit a solved value may lie and still be put on it: a solve meets a direction
 /// to 1.7e-5 rad and a position to the root of its tolerance.
 constexpr double kRotarySlack = 2e-5; //!< [rad]

@@ -11,8 +11,6 @@ namespace host
 namespace
 {
 
-constexpr double kTurn = 2.0 * kPi;
-
 // Measured over random poses of a six-axis arm, each start 11 passes on average.
 constexpr std::size_t kStartsForFirst = 32; // 99.9 % of the poses are solved; more solve no more
 constexpr int kGiveUpAfter = 10; // of those that lead there 96 % are near; of the others 1 % are
@@ -30,7 +28,7 @@ double Clamped(double value, const IkJoint& joint)
 
 /// The value, whole turns away from `value`, that is nearest to `near` of those within the limits;
 /// when there is none within, one of the nearest to them.
-double Turned(double value, double near, const IkJoint& joint)
+double NearestTurn(double value, double near, const IkJoint& joint)
 {
     double turned = value - std::round((value - near) / kTurn) * kTurn;
     if (turned > joint.GetHiBound()) {
@@ -57,7 +55,7 @@ bool SampledSolver::BringWithinLimits(JointValues& joints, const JointValues& ne
     for (const std::size_t i : free) {
         const Axis& axis = *solver.Axes()[i];
         if (axis.isRotary) {
-            joints[i] = Turned(joints[i], near[i], *axis.joint);
+            joints[i] = NearestTurn(joints[i], near[i], *axis.joint);
         }
         areWithin = areWithin && joints[i] == Clamped(joints[i], *axis.joint);
     }

@@ -17,8 +17,6 @@ namespace host
 namespace
 {
 
-constexpr double kTurn = 2.0 * kPi;
-
 /// The bases of the axes' sequences; axes beyond them are not spread.
 constexpr std::array<std::size_t, 16> kPrimes{2,  3,  5,  7,  11, 13, 17, 19,
                                               23, 29, 31, 37, 41, 43, 47, 53};

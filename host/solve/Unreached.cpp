@@ -70,7 +70,6 @@ UnlimitedSolve SolveWithoutLimits(const LoadedStream& stream, const std::vector<
 /// without limits may end a turn away from a value that is as good.
 void TurnBack(IkJtStateVector& states, const std::vector<const Axis*>& axes)
 {
-    constexpr double kTurn = 2.0 * kPi;
     for (const Axis* axis : axes) {
         if (axis->isRotary && !axis->IsUnlimited()) {
             IkJtState& state = states.GetState(states.FindStateByJointPtr(axis->joint));

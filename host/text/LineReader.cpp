@@ -4,6 +4,7 @@
 
 #include "text/InputError.h"
 #include "text/InputFile.h"
+#include "text/Utf8.h"
 
 namespace host
 {
@@ -11,7 +12,6 @@ namespace host
 namespace
 {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::size_t kLineEnd = 2; // the CR, and the zero that getline puts behind a line
 
 } // namespace

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
+#include "text/Utf8.h"
+
 namespace host
 {
 
 namespace
 {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool IsPlain(char c)
 {

@@ -8,6 +8,9 @@
 namespace host
 {
 
+/// May stand before a text; says no more than that it is UTF-8.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 /// How many characters a text of UTF-8 has.
 inline std::size_t CharacterCount(std::string_view text)
 {
