@@ -17,7 +17,8 @@ target_compile_features(trunnion_build_options INTERFACE cxx_std_17)
 # nothing that reorders a sum.
 target_compile_options(trunnion_build_options INTERFACE
   -ffp-contract=off
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+  $<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier>)
 
 if(TRUNNION_SANITIZE)
   target_compile_options(trunnion_build_options INTERFACE
@@ -28,3 +29,16 @@ if(TRUNNION_FUZZ)
   target_compile_options(trunnion_build_options INTERFACE -fsanitize=fuzzer-no-link)
   target_link_options(trunnion_build_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+
+# trunnion_join_folders(TARGET): in builds with CMAKE_UNITY_BUILD the sources of each folder are
+# compiled together, which takes a third of the time.
+function(trunnion_join_folders target)
+  get_target_property(sources ${target} SOURCES)
+  foreach(source IN LISTS sources)
+    cmake_path(GET source PARENT_PATH folder)
+    if(NOT IS_ABSOLUTE ${source}) # one that is generated stays by itself
+      set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${folder})
+    endif()
+  endforeach()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
+endfunction()
