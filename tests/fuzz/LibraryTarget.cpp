@@ -128,7 +128,8 @@ void ChangeChains(const UnusualMachine& machine, Random& random)
     default: {
         IkChain sub;
         const auto type = static_cast<IkStream::NodeChainType>(random.Below(3));
-        EXPECT_EQ(machine.stream->GetSubNodeChain(sub, type), sub.Size());
+        const int size = machine.stream->GetSubNodeChain(sub, type);
+        EXPECT_EQ(size, sub.Size());
         EXPECT_EQ(sub.GetAt(-1), nullptr);
         EXPECT_EQ(sub.GetAt(sub.Size()), nullptr);
         break;
