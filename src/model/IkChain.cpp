@@ -78,7 +78,7 @@ IkJtStateVector IkChain::GetJointStates() const
     IkJtStateVector states;
     for (std::size_t i = 0; i < nodes.size();
          ++i) { // a host's node may change the chain when asked
-        IkNode* node = nodes[i];
+        IkNode* node = nodes[trunnion::ToIndex(i)];
         if (node->IsJoint()) {
             states.AddState(IkJtState(node));
         }
@@ -90,8 +90,9 @@ IkXformMat IkChain::GetXformMat() const
 {
     double* const currentValue = nullptr;
     IkXformMat baseToTip;
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        baseToTip = trunnion::Compose(baseToTip, nodes[i]->GetXformMat(currentValue));
+    for (int i = 0; i < Size(); ++i) {
+        baseToTip =
+            trunnion::Compose(baseToTip, nodes[trunnion::ToIndex(i)]->GetXformMat(currentValue));
     }
     return baseToTip;
 }
@@ -99,8 +100,8 @@ IkXformMat IkChain::GetXformMat() const
 IkXformMat IkChain::GetXformMat(IkJtStateVector& states) const
 {
     IkXformMat baseToTip;
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        baseToTip = trunnion::Compose(baseToTip, nodes[i]->GetXformMat(states));
+    for (int i = 0; i < Size(); ++i) {
+        baseToTip = trunnion::Compose(baseToTip, nodes[trunnion::ToIndex(i)]->GetXformMat(states));
     }
     return baseToTip;
 }

@@ -20,6 +20,7 @@ void FromManyThreads(const Ask& ask)
 {
     std::atomic<int> waiting{kThreads};
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&ask, &waiting, i] {
             --waiting;
