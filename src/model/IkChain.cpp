@@ -76,8 +76,7 @@ IkNode* IkChain::SearchByUserDataPtr(const void* data) const
 IkJtStateVector IkChain::GetJointStates() const
 {
     IkJtStateVector states;
-    for (std::size_t i = 0; i < nodes.size();
-         ++i) { // a host's node may change the chain when asked
+    for (int i = 0; i < Size(); ++i) { // a host's node may change the chain when asked
         IkNode* node = nodes[trunnion::ToIndex(i)];
         if (node->IsJoint()) {
             states.AddState(IkJtState(node));
