@@ -118,6 +118,46 @@ TEST(KinematicLoop, AsksTheNodesWhereElementsAreNotFinite)
     }
 }
 
+TEST(KinematicLoop, KnowsNoOffsetOfWhichOneCoordinateIsInfinite)
+{
+    constexpr double kNearlyAll = 1.7e308; // of what a double holds
+    Rig rig;
+    rig.Body(rig.tool, IkXformMat::Translate(kNearlyAll, kNearlyAll, kNearlyAll));
+    rig.Linear(rig.tool, IkJoint::JtPrimTransX);
+    rig.Linear(rig.tool, IkJoint::JtPrimTransY);
+    rig.Linear(rig.tool, IkJoint::JtPrimTransZ);
+    rig.stream.AddChain(&rig.tool); // without a part side each joint has its coordinate
+    IkJtStateVector states = rig.stream.GetJointStates();
+    KinematicLoop loop(rig.stream, false);
+    ASSERT_TRUE(loop.Settle(states));
+    loop.Prepare(states);
+    for (int axis = 0; axis < 3; ++axis) {
+        double offset[3];
+        EXPECT_TRUE(loop.TryOffsetSlid(axis, -kNearlyAll, offset));
+        EXPECT_EQ(offset[axis], 0);
+        EXPECT_FALSE(loop.TryOffsetSlid(axis, kNearlyAll, offset)) << axis;
+    }
+}
+
+TEST(KinematicLoop, KnowsNoOffsetOnceItIsNotSettledAnyMore)
+{
+    Rig rig;
+    rig.Linear(rig.tool, IkJoint::JtPrimTransX);
+    IkBody& body = rig.Body(rig.tool, IkXformMat());
+    rig.Connect();
+    IkJtStateVector states = rig.stream.GetJointStates();
+    KinematicLoop loop(rig.stream, false);
+    ASSERT_TRUE(loop.Settle(states));
+    loop.Prepare(states);
+    double offset[3];
+    EXPECT_TRUE(loop.TryOffsetSlid(0, 5, offset));
+    IkXformMat frame;
+    frame[3][3] = 2;
+    body.SetOrigFrame(frame);
+    ASSERT_FALSE(loop.Settle(states));
+    EXPECT_FALSE(loop.TryOffsetSlid(0, 5, offset));
+}
+
 TEST(KinematicLoop, SettlesNothingWhereANodeIsAHostsOwn)
 {
     for (const bool inTool : {true, false}) {
