@@ -55,6 +55,9 @@ IkMachine::IkMachine() = default;
 IkMachine::IkMachine(const IkMachine& other) = default;
 IkMachine& IkMachine::operator=(const IkMachine& other)
 {
+    if (this == &other) {
+        return *this;
+    }
     streams = other.streams; // may fail, and then nothing has changed
     baseNode = other.baseNode;
     return *this;

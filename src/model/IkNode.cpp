@@ -19,6 +19,9 @@ IkNode::IkNode(const IkNode& other)
 
 IkNode& IkNode::operator=(const IkNode& other)
 {
+    if (this == &other) {
+        return *this;
+    }
     // What may fail goes first: a node is never half another one.
     std::wstring newName = other.name;
     std::wstring newType = other.type;
@@ -50,7 +53,8 @@ bool IkNode::UpdateFrames()
 {
     const TreeVisit visit(TreeVisit::Walk::UpdateFrames, this);
     if (!visit.IsCycle()) {
-        for (std::size_t i = 0; i < children.size(); ++i) { // a host's node may add others
+        // A host's node may add others: NOLINTNEXTLINE(modernize-loop-convert)
+        for (std::size_t i = 0; i < children.size(); ++i) {
             children[i]->UpdateFrames();
         }
         dirty = false;
@@ -74,6 +78,7 @@ void IkNode::TraceDump(const wchar_t* label) const
     originalFrame.TraceDump(frameLabel.c_str());
     worldFrame.TraceDump(frameLabel.c_str());
     const std::wstring childLabel = trunnion::TraceLabel(label, L"\t", trunnion::kTraceChildLabel);
+    // As above: NOLINTNEXTLINE(modernize-loop-convert)
     for (std::size_t i = 0; i < children.size(); ++i) {
         children[i]->TraceDump(childLabel.c_str());
     }

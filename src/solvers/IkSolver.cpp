@@ -49,6 +49,9 @@ IkSolver::IkSolver(const IkSolver& other)
 
 IkSolver& IkSolver::operator=(const IkSolver& other)
 {
+    if (this == &other) {
+        return *this;
+    }
     // What may fail goes first: a solver is never half another one.
     trunnion::CopiedFields fields{other.SolverJtStates,   other.LockedFlags,
                                   other.RotaryFlags,      other.RotaryJointIndices,

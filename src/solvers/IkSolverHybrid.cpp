@@ -94,6 +94,9 @@ IkSolverHybrid::IkSolverHybrid(IkStream* ofStream) : IkSolver(ofStream) {}
 IkSolverHybrid::IkSolverHybrid(const IkSolverHybrid& other) = default;
 IkSolverHybrid& IkSolverHybrid::operator=(const IkSolverHybrid& other)
 {
+    if (this == &other) {
+        return *this;
+    }
     std::vector<IkSolverSampleItem> newSamples = other.sampleList; // before anything changes
     IkSolver::operator=(other);
     sampleList.swap(newSamples);
