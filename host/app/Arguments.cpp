@@ -5,9 +5,14 @@ namespace host
 
 void AddMachine(CLI::App& command, MachineOptions& machine)
 {
-    command.add_option("MACHINE", machine.file, "The machine, a TOML file or a URDF")->required();
+    AddWholeMachine(command, machine);
     command.add_option("--stream", machine.stream, "The stream to look at; otherwise the first")
         ->type_name("ID");
+}
+
+void AddWholeMachine(CLI::App& command, MachineOptions& machine)
+{
+    command.add_option("MACHINE", machine.file, "The machine, a TOML file or a URDF")->required();
     command
         .add_option("--tool-link", machine.links.tool,
                     "URDF only: the link that stands for the tool; its z axis points from the "

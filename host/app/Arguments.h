@@ -20,6 +20,8 @@ inline constexpr const char* kExitCodes =
 
 /// Every command that works on a machine asks for it in the same words.
 void AddMachine(CLI::App& command, MachineOptions& machine);
+/// As above, for one that takes all its streams.
+void AddWholeMachine(CLI::App& command, MachineOptions& machine);
 /// And the same for toolpaths; the option is TOOLPATH itself.
 CLI::Option* AddToolpath(CLI::App& command, PathOptions& path);
 

@@ -3,7 +3,7 @@
 
 #include <ostream>
 
-#include "app/RunReport.h"
+#include "report/RunReport.h"
 
 namespace host
 {

@@ -99,6 +99,10 @@ void AddSolve(CLI::App& app, SolveOptions& options)
         ->type_name("NAME|FILE");
     solve->add_option("--summary", options.summary, "Also write what came of it (JSON)")
         ->type_name("FILE");
+    solve
+        ->add_option("--report", options.report,
+                     "Also write a page to look at it in a browser: one HTML file with all in it")
+        ->type_name("FILE");
     AddPlanning(*solve, options);
     solve
         ->add_option("--tool-roll", options.toolRoll,

@@ -1,6 +1,5 @@
 #include "app/SolveCommand.h"
 
-#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <string>
@@ -9,9 +8,10 @@
 
 #include "app/FileDigest.h"
 #include "app/Interrupt.h"
+#include "app/Overwriting.h"
+#include "app/PageHtml.h"
 #include "app/Progress.h"
 #include "app/ReportText.h"
-#include "app/RunReport.h"
 #include "app/SolveOutputs.h"
 #include "app/SolveReport.h"
 #include "app/SolveSetup.h"
@@ -20,6 +20,7 @@
 #include "machine/LoadedMachine.h"
 #include "planner/Checkpoint.h"
 #include "planner/PathPlan.h"
+#include "report/RunReport.h"
 #include "text/InputError.h"
 
 namespace host
@@ -36,43 +37,23 @@ fs::path WithSuffix(fs::path path, const char* suffix)
     return path;
 }
 
-/// Also of a file that is not there yet.
-fs::path RealPath(const fs::path& path)
+/// Next to the table stands what an interrupted run leaves and a finished one takes away.
+void CheckPlaces(const SolveOptions& options)
 {
-    std::error_code error;
-    const fs::path whole = fs::absolute(path, error);
-    const fs::path real = error ? path : fs::weakly_canonical(whole, error);
-    return error ? path.lexically_normal() : real;
-}
-
-bool AreSame(const fs::path& a, const fs::path& b)
-{
-    std::error_code notThere;
-    return fs::equivalent(a, b, notThere) || RealPath(a) == RealPath(b);
-}
-
-/// A file that is read must not be replaced, nor one that is written be written twice. Next to the
-/// table stands what an interrupted run leaves and a finished one takes away.
-void RefuseOverwriting(const SolveOptions& options)
-{
-    std::vector<fs::path> taken{options.machine.file, options.toolpath.file};
+    std::vector<fs::path> read{options.machine.file, options.toolpath.file};
     std::vector<fs::path> written{options.output, WithSuffix(options.output, ".partial"),
                                   WithSuffix(options.output, ".resume")};
     if (options.gcode) {
-        taken.emplace_back(options.dialect);
+        read.emplace_back(options.dialect);
         written.push_back(*options.gcode);
     }
     if (options.summary) {
         written.push_back(*options.summary);
     }
-    for (const fs::path& output : written) {
-        if (std::any_of(taken.begin(), taken.end(),
-                        [&](const fs::path& other) { return AreSame(output, other); })) {
-            throw InputError(output.string(), "the run would write over a file that it reads or "
-                                              "writes; choose another name");
-        }
-        taken.push_back(output);
+    if (options.report) {
+        written.push_back(*options.report);
     }
+    RefuseOverwriting(written, read);
 }
 
 /// One run over a path.
@@ -185,12 +166,15 @@ class PathRun
 ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err)
 {
     const auto start = std::chrono::steady_clock::now();
+    if (options.report) {
+        PageFor("--report", options.page);
+    }
     const WatchedFile machineFile(options.machine.file);
     LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
     const WatchedFile pathFile(options.toolpath.file);
     const Toolpath path = ReadPath(options.toolpath, machine.length, err);
     const SourceDigests sources{machineFile.Digest(), pathFile.Digest()};
-    RefuseOverwriting(options);
+    CheckPlaces(options);
     const PlanRequest request = RequestFrom(options, machine, path, err);
 
     const Interrupt interrupt; // from here on a signal does not end it in the middle of a row

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/MachineOptions.h"
+#include "app/PageHtml.h"
 #include "app/PathOptions.h"
 #include "motion/Tolerances.h"
 #include "planner/PlanOptions.h"
@@ -43,8 +44,10 @@ struct SolveOptions
     std::optional<double> retract;      //!< nothing: 50 mm or 2 inches [length]
 
     std::optional<std::filesystem::path> summary; //!< nothing: no JSON is written
-    std::string version;                          //!< of the program, for the summary
-    std::vector<std::string> command;             //!< the program's arguments, for the summary
+    std::optional<std::filesystem::path> report;  //!< nothing: no page is written
+    BuiltPage page;                               //!< of reports
+    std::string version;                          //!< of the program, for summary and report
+    std::vector<std::string> command;             //!< the program's arguments, likewise
 
     std::string toolRoll{"fixed"}; //!< or "feed", "search", "open": where a stream leaves it open
     std::vector<double> rollReference{1.0, 0.0, 0.0}; //!< part coordinates

@@ -2,15 +2,17 @@
 
 #include <array>
 
+#include "app/PageHtml.h"
 #include "app/SummaryJson.h"
+#include "report/Page.h"
 
 namespace host
 {
 
-SolveOutputs::SolveOutputs(const SolveOptions& options, const LoadedMachine& machine,
+SolveOutputs::SolveOutputs(const SolveOptions& options, const LoadedMachine& ofMachine,
                            const Toolpath& ofPath, const std::vector<const Axis*>& axes,
                            const ShownUnits& units, std::ostream& messages)
-    : err(messages), table(axes, units), tableFile(options.output)
+    : err(messages), machine(ofMachine), table(axes, units), tableFile(options.output)
 {
     if (options.gcode) {
         dialect = LoadDialect(options.dialect);
@@ -19,6 +21,11 @@ SolveOutputs::SolveOutputs(const SolveOptions& options, const LoadedMachine& mac
     }
     if (options.summary) {
         summaryFile = std::make_unique<OutputFile>(*options.summary);
+    }
+    if (options.report) {
+        pageHtml = PageFor("--report", options.page);
+        reportRows.emplace(axes, ofPath, machine.length);
+        reportFile = std::make_unique<OutputFile>(*options.report);
     }
 }
 
@@ -35,6 +42,9 @@ void SolveOutputs::Add(const MotionRow& row, int line)
     tableFile.Write(table.Row(row, line));
     if (program) {
         AddToProgram(row);
+    }
+    if (reportRows) {
+        reportRows->Add(row);
     }
 }
 
@@ -57,8 +67,11 @@ void SolveOutputs::Finish(const RunReport& report)
     if (summaryFile) {
         summaryFile->Write(ToJson(report));
     }
+    if (reportFile) {
+        WriteReport(report);
+    }
     // None moves before all are on the disk: where one finds no room, none appears.
-    const std::array files{programFile.get(), summaryFile.get(), &tableFile};
+    const std::array files{programFile.get(), summaryFile.get(), reportFile.get(), &tableFile};
     for (OutputFile* const file : files) {
         if (file != nullptr) {
             file->Seal();
@@ -71,11 +84,19 @@ void SolveOutputs::Finish(const RunReport& report)
     }
 }
 
+void SolveOutputs::WriteReport(const RunReport& report)
+{
+    const ShownRun run{report, *reportRows};
+    WritePage(pageHtml, {machine, report.machine, report.version}, &run,
+              [this](std::string_view text) { reportFile->Write(text); });
+}
+
 std::filesystem::path SolveOutputs::FinishAsPartial()
 {
     program.reset();
     programFile.reset();
     summaryFile.reset();
+    reportFile.reset();
     return tableFile.FinishAsPartial();
 }
 

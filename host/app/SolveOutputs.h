@@ -5,14 +5,16 @@
 #include <memory>
 #include <optional>
 #include <ostream>
-#include <string>
+#include <string_view>
 #include <vector>
 
-#include "app/RunReport.h"
 #include "app/SolveOptions.h"
 #include "machine/AxisText.h"
+#include "machine/LoadedMachine.h"
 #include "post/Dialect.h"
 #include "post/GcodeWriter.h"
+#include "report/ReportRows.h"
+#include "report/RunReport.h"
 #include "table/JointTable.h"
 #include "text/OutputFile.h"
 #include "toolpath/Toolpath.h"
@@ -20,14 +22,14 @@
 namespace host
 {
 
-/// The files that a run writes row by row, side by side: the joint table and, on request, G-code
-/// and a summary. They appear at their places all together, at the end.
+/// The files that a run writes row by row, side by side: the joint table and, on request, G-code,
+/// a summary and a page to look at. They appear at their places all together, at the end.
 class SolveOutputs
 {
   public:
-    SolveOutputs(const SolveOptions& options, const LoadedMachine& machine, const Toolpath& ofPath,
-                 const std::vector<const Axis*>& axes, const ShownUnits& units,
-                 std::ostream& messages);
+    SolveOutputs(const SolveOptions& options, const LoadedMachine& ofMachine,
+                 const Toolpath& ofPath, const std::vector<const Axis*>& axes,
+                 const ShownUnits& units, std::ostream& messages);
 
     void Begin();
     void Add(const MotionRow& row, int line);
@@ -37,14 +39,19 @@ class SolveOutputs
 
   private:
     void AddToProgram(const MotionRow& row);
+    void WriteReport(const RunReport& report);
 
     std::ostream& err;
+    const LoadedMachine& machine;
     JointTable table;
     OutputFile tableFile;
     std::optional<Dialect> dialect;
     std::optional<GcodeWriter> program; // nothing where none is wanted, or none can be whole
     std::unique_ptr<OutputFile> programFile;
     std::unique_ptr<OutputFile> summaryFile;
+    std::string_view pageHtml;
+    std::optional<ReportRows> reportRows; // nothing where no report is wanted
+    std::unique_ptr<OutputFile> reportFile;
 };
 
 } // namespace host

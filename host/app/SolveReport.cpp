@@ -63,6 +63,17 @@ std::vector<ReportedStream> StreamsOf(const PlanRequest& request)
     return streams;
 }
 
+std::vector<ReportedOperation> OperationsOf(const PlanRequest& request)
+{
+    std::vector<ReportedOperation> reported;
+    for (std::size_t i = 0; i < request.path.operations.size(); ++i) {
+        const Operation& operation = request.path.operations[i];
+        reported.push_back({operation.name, operation.line, operation.firstPoint,
+                            request.streams[i]->id, operation.toolNumber, request.toolLengths[i]});
+    }
+    return reported;
+}
+
 } // namespace
 
 RunReport ReportOf(const SolveOptions& options, const SourceDigests& sources,
@@ -79,7 +90,11 @@ RunReport ReportOf(const SolveOptions& options, const SourceDigests& sources,
     if (options.gcode) {
         report.outputs.push_back({"gcode", options.gcode->string()});
     }
+    if (options.report) {
+        report.outputs.push_back({"report", options.report->string()});
+    }
     report.streams = StreamsOf(request);
+    report.operations = OperationsOf(request);
     report.options = OptionsOf(options, request);
     summary.FillIn(report);
     report.seconds = time.count();

@@ -4,10 +4,10 @@
 #include <chrono>
 
 #include "app/FileDigest.h"
-#include "app/RunReport.h"
 #include "app/SolveOptions.h"
 #include "app/Summary.h"
 #include "planner/PathPlan.h"
+#include "report/RunReport.h"
 
 namespace host
 {

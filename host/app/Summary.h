@@ -5,10 +5,10 @@
 #include <optional>
 #include <vector>
 
-#include "app/RunReport.h"
 #include "machine/AxisText.h"
 #include "motion/Event.h"
 #include "motion/MotionRow.h"
+#include "report/RunReport.h"
 
 namespace host
 {

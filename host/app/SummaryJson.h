@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "app/RunReport.h"
+#include "report/RunReport.h"
 
 namespace host
 {

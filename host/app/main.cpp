@@ -13,6 +13,7 @@
 
 #include "app/Arguments.h"
 #include "app/BranchesCommand.h"
+#include "app/BundledPage.h"
 #include "app/CheckCommand.h"
 #include "app/ExitCode.h"
 #include "app/MachineOptions.h"
@@ -22,6 +23,7 @@
 #include "app/VerifyArguments.h"
 #include "app/VerifyCommand.h"
 #include "app/Version.h"
+#include "app/ViewCommand.h"
 
 namespace
 {
@@ -67,6 +69,18 @@ void AddBranches(CLI::App& app, host::BranchesOptions& options)
     branches->footer(host::kExitCodes);
 }
 
+void AddView(CLI::App& app, host::ViewOptions& options)
+{
+    CLI::App* const view =
+        app.add_subcommand("view", "Write a page to look at a machine and move it");
+    host::AddWholeMachine(*view, options.machine);
+    view->add_option("-o,--output", options.output,
+                     "The page to write, one HTML file with all in it; otherwise named after the "
+                     "machine's file")
+        ->type_name("FILE");
+    view->footer(host::kExitCodes);
+}
+
 host::ExitCode Run(int argc, char** argv)
 {
     CLI::App app("Inverse and forward kinematics of machine tools", "trunnion");
@@ -80,11 +94,15 @@ host::ExitCode Run(int argc, char** argv)
     host::PoseOptions pose;
     host::BranchesOptions branches;
     host::VerifyOptions verify;
+    host::ViewOptions view;
+    view.version = host::kVersion;
+    solve.page = view.page = host::BundledPage();
     host::AddSolve(app, solve);
     AddCheck(app, check);
     AddPose(app, pose);
     AddBranches(app, branches);
     host::AddVerify(app, verify);
+    AddView(app, view);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& answer) {
@@ -98,6 +116,9 @@ host::ExitCode Run(int argc, char** argv)
     }
     if (app.got_subcommand("verify")) {
         return host::Verify(verify, std::cout, std::cerr);
+    }
+    if (app.got_subcommand("view")) {
+        return host::View(view, std::cout);
     }
     return app.got_subcommand("pose") ? host::Pose(pose, std::cout, std::cerr)
                                       : host::ListBranches(branches, std::cout, std::cerr);

@@ -1,6 +1,7 @@
 #ifndef TRUNNION_HOST_MACHINE_LOADED_MACHINE_H
 #define TRUNNION_HOST_MACHINE_LOADED_MACHINE_H
 
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -11,6 +12,7 @@
 #include <IkJoint.h>
 #include <IkMachine.h>
 #include <IkStream.h>
+#include <IkXformMat.h>
 
 #include "geometry/Units.h"
 #include "machine/MachineDescription.h"
@@ -31,8 +33,29 @@ struct Axis
     std::string word;    //!< of the axis in G-code
     int wordSign{1};     //!< of the word, against the motion of the body
     IkJoint* joint{nullptr};
+    std::optional<std::size_t> parent; //!< the axis that carries it; nothing: the base
 
     bool IsUnlimited() const;
+};
+
+/// What holds a tool or a part.
+struct Mount
+{
+    std::string name;
+    MountKind kind{MountKind::Tool};
+    std::optional<std::size_t> parent; //!< the axis that carries it; nothing: the base
+    IkXformMat frame;                  //!< in machine coordinates with all axes at 0
+};
+
+/// A body that is only looked at.
+struct Visual
+{
+    std::string name;
+    std::optional<std::size_t> parent; //!< the axis that carries it; nothing: the base
+    Shape shape{Shape::Box};
+    std::vector<double> size; //!< as its shape wants it [length]
+    IkXformMat frame;         //!< in machine coordinates with all axes at 0
+    std::optional<Color> color;
 };
 
 /// A tool and a part that it works on.
@@ -59,7 +82,9 @@ struct LoadedMachine
     std::string file;
     std::string name;
     LengthUnit length{LengthUnit::Millimetre};
-    std::vector<Axis> axes; //!< in the file's order
+    std::vector<Axis> axes;      //!< in the file's order
+    std::vector<Mount> mounts;   //!< in the file's order
+    std::vector<Visual> visuals; //!< in the file's order
     std::vector<LoadedStream> streams;
     std::unique_ptr<IkMachine> machine;
 

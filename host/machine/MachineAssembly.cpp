@@ -6,6 +6,7 @@
 #include <codecvt>
 #include <locale>
 #include <map>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -205,13 +206,20 @@ class Assembly
             EndOf(axis.name.value);
             loaded.axes.push_back({axis.name.value, axis.isRotary, axis.direction, axis.point,
                                    axis.initial, axis.word, axis.wordSign,
-                                   joints.at(axis.name.value)});
+                                   joints.at(axis.name.value), AxisNamed(axis.parent.value)});
         }
         loaded.MoveToInitial();
         for (const MountDescription& mount : description.mounts) {
+            const IkXformMat frame = FrameOf(mount.origin, mount.xAxis, mount.zAxis);
             mounts.emplace(mount.name.value,
-                           &HangBody(EndOf(mount.parent.value), Wide(mount.name.value),
-                                     FrameOf(mount.origin, mount.xAxis, mount.zAxis)));
+                           &HangBody(EndOf(mount.parent.value), Wide(mount.name.value), frame));
+            loaded.mounts.push_back(
+                {mount.name.value, mount.kind, AxisNamed(mount.parent.value), frame});
+        }
+        for (const VisualDescription& visual : description.visuals) {
+            loaded.visuals.push_back(
+                {visual.name, AxisNamed(visual.parent.value), visual.shape, visual.size,
+                 FrameOf(visual.origin, visual.xAxis, visual.zAxis), visual.color});
         }
         for (const StreamDescription& stream : description.streams) {
             AddStream(stream);
@@ -220,6 +228,15 @@ class Assembly
     }
 
   private:
+    /// Nothing for the base.
+    std::optional<std::size_t> AxisNamed(const std::string& name) const
+    {
+        const AxisDescription* const axis = Find(description.axes, name);
+        return axis == nullptr
+                   ? std::nullopt
+                   : std::optional(static_cast<std::size_t>(axis - description.axes.data()));
+    }
+
     /// The node on which whatever an axis carries hangs, there again in machine coordinates.
     IkNode& EndOf(const std::string& name)
     {

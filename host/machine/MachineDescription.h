@@ -1,7 +1,9 @@
 #ifndef TRUNNION_HOST_MACHINE_MACHINE_DESCRIPTION_H
 #define TRUNNION_HOST_MACHINE_MACHINE_DESCRIPTION_H
 
+#include <array>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,6 +52,27 @@ struct MountDescription
     Vec3 xAxis{};  //!< across zAxis
 };
 
+enum class Shape {
+    Box,      //!< size: along x, y and z, its middle at the origin
+    Cylinder, //!< size: radius and length, this along z, its middle at the origin
+    Sphere    //!< size: radius
+};
+
+using Color = std::array<double, 4>; //!< red, green, blue and opacity, 0 to 1
+
+/// A body that is only looked at.
+struct VisualDescription
+{
+    std::string name;
+    Located<std::string> parent;
+    Shape shape{Shape::Box};
+    std::vector<double> size; //!< [length]
+    Vec3 origin{};            //!< [length]
+    Vec3 zAxis{};             //!< length 1
+    Vec3 xAxis{};             //!< across zAxis
+    std::optional<Color> color;
+};
+
 struct StreamDescription
 {
     Located<int> id;
@@ -64,6 +87,7 @@ struct MachineDescription
     LengthUnit length{LengthUnit::Millimetre};
     std::vector<AxisDescription> axes;
     std::vector<MountDescription> mounts;
+    std::vector<VisualDescription> visuals;
     std::vector<StreamDescription> streams;
 };
 

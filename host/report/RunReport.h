@@ -1,5 +1,5 @@
-#ifndef TRUNNION_HOST_APP_RUN_REPORT_H
-#define TRUNNION_HOST_APP_RUN_REPORT_H
+#ifndef TRUNNION_HOST_REPORT_RUN_REPORT_H
+#define TRUNNION_HOST_REPORT_RUN_REPORT_H
 
 #include <cstddef>
 #include <optional>
@@ -24,7 +24,7 @@ struct ReportedFile
 /// A file that was written.
 struct ReportedOutput
 {
-    std::string kind; //!< "joints", "gcode"
+    std::string kind; //!< "joints", "gcode", "report"
     std::string path;
 };
 
@@ -33,6 +33,17 @@ struct ReportedStream
     int id{0};
     std::string tool;
     std::string part;
+};
+
+/// What is done with one tool.
+struct ReportedOperation
+{
+    std::string name; //!< empty where the toolpath gives none
+    int line{0};      //!< of the toolpath file
+    std::size_t firstPoint{0};
+    int stream{0}; //!< its id
+    std::optional<int> toolNumber;
+    double toolLength{0.0}; //!< [length]
 };
 
 /// A setting that the result depends on, given or by default.
@@ -85,6 +96,7 @@ struct RunReport
     std::string lengthUnit;
     std::string angleUnit;
     std::vector<ReportedStream> streams;
+    std::vector<ReportedOperation> operations;
     std::vector<ReportedOption> options;
     ReportedCounts counts;
     std::optional<ReportedError> position;      //!< the worst [length]; nothing without any row

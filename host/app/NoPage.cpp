@@ -1,0 +1,13 @@
+// For builds without reports.
+
+#include "app/BundledPage.h"
+
+namespace host
+{
+
+BuiltPage BundledPage()
+{
+    return std::nullopt;
+}
+
+} // namespace host

@@ -1,0 +1,12 @@
+#include "app/BundledPage.h"
+#include "report/Page.h"
+
+namespace host
+{
+
+BuiltPage BundledPage()
+{
+    return kDataMark;
+}
+
+} // namespace host
