@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <map>
 #include <optional>
 #include <set>
@@ -10,7 +9,8 @@
 
 #include "geometry/Vec3.h"
 #include "machine/AxisName.h"
-#include "text/Numbers.h"
+#include "machine/UrdfNumbers.h"
+#include "machine/UrdfVisuals.h"
 #include "text/Quoted.h"
 #include "text/XmlText.h"
 
@@ -22,26 +22,12 @@ namespace
 
 constexpr std::size_t kMaxLinks = 1024;
 constexpr std::size_t kMaxAxes = 64;
-constexpr double kLargestNumber = 1e9; // [m], [rad]
-
-std::vector<std::string_view> Words(std::string_view text)
-{
-    constexpr std::string_view kBlanks = " \t\r\n";
-    std::vector<std::string_view> words;
-    std::size_t begin = text.find_first_not_of(kBlanks);
-    while (begin != std::string_view::npos) {
-        const std::size_t end = std::min(text.find_first_of(kBlanks, begin), text.size());
-        words.push_back(text.substr(begin, end - begin));
-        begin = text.find_first_not_of(kBlanks, end);
-    }
-    return words;
-}
 
 /// Goes through the elements in the file's order, then over the tree that they make.
 class Checker
 {
   public:
-    explicit Checker(const std::string& file) { document.file = file; }
+    explicit Checker(const std::string& file) : numbers(file) { document.file = file; }
 
     UrdfDocument Check(const XmlElement& root)
     {
@@ -58,6 +44,7 @@ class Checker
         TakeAll(root, "joint", [this](const XmlElement& joint) { TakeJoint(joint); });
         CheckTree();
         document.kinematics = XmlTextOf(plain);
+        document.visuals = UrdfVisualsOf(root, numbers);
         return std::move(document);
     }
 
@@ -250,8 +237,8 @@ class Checker
                           "continuous if it turns without end");
         }
         const std::string ofJoint = "the limit of " + what;
-        const double low = lower ? Number(*limit, *lower, "lower", ofJoint) : 0.0;
-        const double high = upper ? Number(*limit, *upper, "upper", ofJoint) : 0.0;
+        const double low = numbers.Number(*limit, "lower", ofJoint).value_or(0.0);
+        const double high = numbers.Number(*limit, "upper", ofJoint).value_or(0.0);
         if (low > high) {
             Refuse(*limit, "the limits of " + what +
                                " are in the wrong order; lower is not to be above upper");
@@ -267,42 +254,15 @@ class Checker
                                  {}});
     }
 
-    // Numbers ------------------------------------------------------------------------------------
-
-    double Number(const XmlElement& element, std::string_view text, const std::string& attribute,
-                  const std::string& what) const
-    {
-        const auto value = ParseNumber(text);
-        if (!value) {
-            Refuse(element, Quoted(text) + " in " + attribute + " of " + what +
-                                " is not a finite number; write it like 0.125 or -1.0e-3");
-        }
-        if (std::fabs(*value) > kLargestNumber) {
-            Refuse(element, Quoted(text) + " in " + attribute + " of " + what +
-                                " is beyond any machine; lengths are in metres, angles in radians");
-        }
-        return *value;
-    }
-
     /// Checks three numbers and puts them into the last element in `kept`. Nothing where there is
     /// no such attribute.
     std::optional<Vec3> KeepTriple(const XmlElement& element, const std::string& attribute,
                                    const std::string& what, XmlElement& kept) const
     {
-        const auto text = element.Attribute(attribute);
-        if (!text) {
-            return std::nullopt;
+        const auto values = numbers.Triple(element, attribute, what);
+        if (values) {
+            kept.children.back().attributes.emplace_back(attribute, *element.Attribute(attribute));
         }
-        const std::vector<std::string_view> words = Words(*text);
-        Vec3 values{};
-        if (words.size() != values.size()) {
-            Refuse(element, attribute + " of " + what + " has " + std::to_string(words.size()) +
-                                " numbers, not 3; write it like " + attribute + "=\"0 0 0.1\"");
-        }
-        std::transform(words.begin(), words.end(), values.begin(), [&](std::string_view word) {
-            return Number(element, word, attribute, what);
-        });
-        kept.children.back().attributes.emplace_back(attribute, *text);
         return values;
     }
 
@@ -343,6 +303,7 @@ class Checker
         }
     }
 
+    UrdfNumbers numbers;
     UrdfDocument document;
     XmlElement plain; // what is kept
     std::set<std::string> links;

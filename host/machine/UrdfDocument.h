@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "machine/UrdfVisuals.h"
 #include "text/Located.h"
 
 namespace host
@@ -19,10 +20,11 @@ struct UrdfDocument
     std::vector<Located<std::string>> links;  //!< in the file's order
     std::vector<Located<std::string>> joints; //!< in the file's order
     std::string kinematics;                   //!< the links and joints alone, a URDF again
+    std::vector<UrdfVisual> visuals;          //!< in the file's order
 };
 
-/// Throws InputError at the first thing that is wrong. What moves nothing (visual, collision,
-/// inertial and other elements) is not looked at.
+/// Throws InputError at the first thing that is wrong. What neither moves nor is looked
+/// at (collision, inertial and other elements) may say anything.
 UrdfDocument CheckUrdf(std::string_view text, const std::string& file);
 
 } // namespace host

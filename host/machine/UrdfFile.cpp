@@ -1,6 +1,7 @@
 #include "machine/UrdfFile.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <utility>
@@ -63,6 +64,9 @@ class UrdfReader
         }
         AddMount(tool, MountKind::Tool);
         AddMount(part, MountKind::Part);
+        std::transform(document.visuals.begin(), document.visuals.end(),
+                       std::back_inserter(machine.visuals),
+                       [this](const UrdfVisual& visual) { return Placed(visual); });
         machine.streams.push_back(
             {{1, tool.at}, machine.mounts.front().name, machine.mounts.back().name});
         return std::move(machine);
@@ -153,6 +157,23 @@ class UrdfReader
         mount.zAxis = Column(rootToLink, 2);
         mount.xAxis = Column(rootToLink, 0);
         machine.mounts.push_back(mount);
+    }
+
+    VisualDescription Placed(const UrdfVisual& visual) const
+    {
+        const IkXformMat frame = RootTo(visual.link.value) * FrameOfOrigin(visual.xyz, visual.rpy);
+        VisualDescription placed;
+        placed.name = visual.link.value;
+        placed.parent = {AxisAbove(visual.link.value), visual.link.at};
+        placed.shape = visual.shape;
+        for (const double length : visual.size) {
+            placed.size.push_back(kMillimetresPerMetre * length);
+        }
+        placed.origin = kMillimetresPerMetre * Column(frame, 3);
+        placed.zAxis = Column(frame, 2);
+        placed.xAxis = Column(frame, 0);
+        placed.color = visual.color;
+        return placed;
     }
 
     /// A link may have the name of a joint, or that of what all axes hang on; a mount may not.

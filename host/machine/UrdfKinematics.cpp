@@ -39,7 +39,7 @@ Vec3 VectorOf(const urdf::Vector3& vector)
     return {vector.x, vector.y, vector.z};
 }
 
-IkXformMat ParentToJoint(const urdf::Pose& pose)
+IkXformMat FrameOfPose(const urdf::Pose& pose)
 {
     const Vec3 xAxis = VectorOf(pose.rotation * urdf::Vector3(1.0, 0.0, 0.0));
     const Vec3 zAxis = VectorOf(pose.rotation * urdf::Vector3(0.0, 0.0, 1.0));
@@ -51,7 +51,7 @@ UrdfJoint JointOf(const urdf::Joint& joint)
     UrdfJoint found;
     found.parentLink = joint.parent_link_name;
     found.childLink = joint.child_link_name;
-    found.parentToJoint = ParentToJoint(joint.parent_to_joint_origin_transform);
+    found.parentToJoint = FrameOfPose(joint.parent_to_joint_origin_transform);
     if (joint.type == urdf::Joint::FIXED) {
         return found;
     }
@@ -64,6 +64,14 @@ UrdfJoint JointOf(const urdf::Joint& joint)
 }
 
 } // namespace
+
+IkXformMat FrameOfOrigin(const Vec3& xyz, const Vec3& rpy)
+{
+    urdf::Pose pose;
+    pose.position = {xyz[0], xyz[1], xyz[2]};
+    pose.rotation.setFromRPY(rpy[0], rpy[1], rpy[2]);
+    return FrameOfPose(pose);
+}
 
 std::map<std::string, UrdfJoint> UrdfJointsOf(const UrdfDocument& document)
 {

@@ -26,6 +26,10 @@ struct UrdfJoint
     Range limits;             //!< [m] or [rad]
 };
 
+/// A frame as URDF writes it down: its origin, and its turns about the fixed x, y and z axes one
+/// after the other [rad].
+IkXformMat FrameOfOrigin(const Vec3& xyz, const Vec3& rpy);
+
 /// The joints by name. Throws InputError with what the URDF library has to say when it does not
 /// take the document.
 std::map<std::string, UrdfJoint> UrdfJointsOf(const UrdfDocument& document);

@@ -4,7 +4,9 @@
 #include <limits>
 #include <locale>
 #include <map>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -41,7 +43,7 @@ std::string CellText()
 <robot name="cell">
   <link name="base"/>
   <link name="mast">
-    <visual><geometry><box size="oops"/></geometry></visual>
+    <visual><origin xyz="0 0 1"/><geometry><mesh filename="mast.stl"/></geometry></visual>
   </link>
   <link name="arm"/>
   <link name="tool"/>
@@ -228,6 +230,78 @@ TEST(UrdfFile, DoesNotLookAtWhatMovesNothing)
     EXPECT_EQ(Load(text).axes.size(), 3U);
 }
 
+TEST(UrdfFile, HangsWhatIsSeenOnTheAxesInMachineCoordinates)
+{
+    std::string text = WithLine(CellText(), 3,
+                                R"(<link name="base"><visual><geometry>)"
+                                R"(<sphere radius="0.5"/></geometry></visual></link>)");
+    text = WithLine(text, 5,
+                    R"(<visual><origin xyz="0.1 0 0.2" rpy="0 1.5707963267948966 0"/>)"
+                    R"(<geometry><cylinder length="0.3" radius="0.05"/></geometry></visual>)");
+    text = WithLine(text, 8,
+                    R"(<link name="tool"><visual><geometry><box size="0.1 0.2 0.3"/>)"
+                    R"(</geometry></visual></link>)");
+    const LoadedMachine machine = Load(text);
+    ASSERT_EQ(machine.visuals.size(), 3U);
+    const host::Visual& base = machine.visuals[0];
+    EXPECT_EQ(base.name, "base");
+    EXPECT_EQ(base.parent, std::nullopt);
+    EXPECT_EQ(base.shape, host::Shape::Sphere);
+    EXPECT_EQ(base.size, std::vector<double>{500.0});
+    EXPECT_EQ(base.color, std::nullopt);
+    // The mast's frame is 1 m up; a quarter turn about y takes z to x and x to -z.
+    const host::Visual& mast = machine.visuals[1];
+    EXPECT_EQ(mast.parent, 0U);
+    EXPECT_EQ(mast.shape, host::Shape::Cylinder);
+    EXPECT_EQ(mast.size, (std::vector<double>{50.0, 300.0}));
+    ExpectNear(host::Column(mast.frame, 3), {100.0, 0.0, 1200.0}, 1e-9);
+    ExpectNear(host::Column(mast.frame, 2), {1.0, 0.0, 0.0}, 1e-12);
+    ExpectNear(host::Column(mast.frame, 0), {0.0, 0.0, -1.0}, 1e-12);
+    // The tool hangs on a fixed joint below the arm, which "swing" carries.
+    const host::Visual& tool = machine.visuals[2];
+    EXPECT_EQ(tool.parent, 1U);
+    EXPECT_EQ(tool.shape, host::Shape::Box);
+    EXPECT_EQ(tool.size, (std::vector<double>{100.0, 200.0, 300.0}));
+    ExpectNear(host::Column(tool.frame, 3), {200.0, 0.0, 900.0}, 1e-9);
+    ExpectNear(host::Column(tool.frame, 2), {1.0, 0.0, 0.0}, 1e-12);
+}
+
+TEST(UrdfFile, FindsColorsWithTheVisualAndUnderTheNameOfItsMaterial)
+{
+    const auto ball = [](const std::string& material) {
+        return "<visual><geometry><sphere radius=\"1\"/></geometry>" + material + "</visual>";
+    };
+    std::string text = WithLine(
+        CellText(), 5,
+        ball(R"(<material name="red"/>)") +
+            ball(R"(<material name="own"><color rgba="0 0.25 0 0.5"/></material>)") +
+            ball(R"(<material name="own"/>)") + ball(R"(<material name="nowhere"/>)") +
+            ball(R"(<material name="red"><color rgba="0 0 1 1"/></material>)") +
+            ball(R"(<material name="bare"><texture filename="wood.png"/></material>)") + ball(""));
+    text = WithLine(text, 7,
+                    R"(<link name="arm"/><material name="bare"/>)"
+                    R"(<material name="red"><color rgba="1 0 0 1"/></material>)");
+    std::vector<std::optional<host::Color>> colors;
+    for (const host::Visual& visual : Load(text).visuals) {
+        colors.push_back(visual.color);
+    }
+    // A name stands for the first color that the file gives it, which is blue here.
+    const host::Color green{0.0, 0.25, 0.0, 0.5};
+    const host::Color blue{0.0, 0.0, 1.0, 1.0};
+    EXPECT_EQ(colors, (std::vector<std::optional<host::Color>>{blue, green, green, std::nullopt,
+                                                               blue, std::nullopt, std::nullopt}));
+}
+
+TEST(UrdfFile, LeavesOutWhatIsNoBoxCylinderOrSphere)
+{
+    EXPECT_TRUE(Load(CellText()).visuals.empty()); // a mesh
+    for (const char* const visual :
+         {"<visual/>", "<visual><geometry/></visual>",
+          "<visual><geometry><capsule radius=\"x\"/></geometry></visual>"}) {
+        EXPECT_TRUE(Load(WithLine(CellText(), 5, visual)).visuals.empty()) << visual;
+    }
+}
+
 TEST(UrdfFile, ReadsNumbersWhateverTheLocale)
 {
     struct Comma : std::numpunct<char>
@@ -384,7 +458,7 @@ struct Fault
 {
     const char* name;
     int replacedLine;
-    const char* with;
+    std::string with;
     int line;
     int column;
     const char* sentence; // how it begins
@@ -412,6 +486,16 @@ TEST_P(UrdfFault, IsRefusedWithItsPlaceAndASentence)
         EXPECT_EQ(error.Sentence().rfind(fault.sentence, 0), 0U) << error.what();
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+std::string Seen(const std::string& shape)
+{
+    return "<visual><geometry>" + shape + "</geometry></visual>";
+}
+
+std::string Painted(const std::string& rgba)
+{
+    return R"(<visual><material name="red"><color rgba=")" + rgba + R"("/></material></visual>)";
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -496,6 +580,23 @@ INSTANTIATE_TEST_SUITE_P(
               "\"1e300\" in xyz of the origin of joint \"slide\" is beyond any machine"},
         Fault{"FixedJointsNumber", 38, "<origin xyz=\"0 0 x\"/>", 38, 1,
               "\"x\" in xyz of the origin of joint \"fixture\" is not a finite number"},
+        Fault{"BoxOfText", 5, Seen("<box size=\"1 oops 1\"/>"), 5, 19,
+              "\"oops\" in size of the box of link \"mast\" is not a finite number"},
+        Fault{"BoxOfTwo", 5, Seen("<box size=\"1 2\"/>"), 5, 19,
+              "size of the box of link \"mast\" has 2 numbers, not 3; write it like size="},
+        Fault{"BareSphere", 5, Seen("<sphere/>"), 5, 19,
+              "the sphere of link \"mast\" has no radius; add radius=\"0.05\", in metres"},
+        Fault{"CylinderWithoutLength", 5, Seen("<cylinder radius=\"1\"/>"), 5, 19,
+              "the cylinder of link \"mast\" has no length; add length="},
+        Fault{"NegativeRadius", 5, Seen("<cylinder radius=\"-1\" length=\"1\"/>"), 5, 19,
+              "radius of the cylinder of link \"mast\" has -1, and no length is below 0"},
+        Fault{"VisualsOrigin", 5, "<visual><origin xyz=\"0 0 x\"/></visual>", 5, 9,
+              "\"x\" in xyz of the origin of a visual of link \"mast\" is not a finite number"},
+        Fault{"ColorOfThree", 5, Painted("1 0 0"), 5, 30,
+              "rgba of the color of material \"red\" has 3 numbers, not 4; write it like rgba="},
+        Fault{"ColorTo255", 5, Painted("255 0 0 1"), 5, 30,
+              "rgba of the color of material \"red\" has 255, and each of its numbers is from 0 "
+              "to 1"},
         Fault{"ZeroAxis", 22, "<axis xyz=\"0 0 0\"/>", 22, 1,
               "the axis of joint \"swing\" has no length; give its direction, as in xyz="},
         Fault{"AxisWithoutDirection", 22, "<axis/>", 22, 1,

@@ -48,6 +48,19 @@ void CheckMount(const MountDescription& mount)
     EXPECT_GT(host::Length(host::Cross(mount.xAxis, mount.zAxis)), 0.9);
 }
 
+void CheckVisual(const host::VisualDescription& visual)
+{
+    constexpr double kRounding = 1e-9;
+    EXPECT_TRUE(test::IsFinite(visual.origin));
+    EXPECT_NEAR(host::Length(visual.zAxis), 1.0, kRounding);
+    EXPECT_NEAR(host::Length(host::Cross(visual.xAxis, visual.zAxis)), 1.0, kRounding);
+    EXPECT_FALSE(visual.size.empty());
+    for (const double length : visual.size) {
+        EXPECT_GE(length, 0.0);
+        EXPECT_TRUE(std::isfinite(length));
+    }
+}
+
 /// What must hold of every machine that is accepted.
 void CheckMachine(const MachineDescription& description, const LoadedMachine& machine)
 {
@@ -59,6 +72,10 @@ void CheckMachine(const MachineDescription& description, const LoadedMachine& ma
     for (const MountDescription& mount : description.mounts) {
         CheckMount(mount);
     }
+    for (const host::VisualDescription& visual : description.visuals) {
+        CheckVisual(visual);
+    }
+    EXPECT_EQ(machine.visuals.size(), description.visuals.size());
     EXPECT_EQ(machine.axes.size(), description.axes.size());
     EXPECT_EQ(machine.streams.size(), description.streams.size());
     ASSERT_FALSE(machine.streams.empty());

@@ -109,7 +109,11 @@ const std::vector<std::string> kUrdfFiles{
 <robot name="cell">
   <link name="base"/>
   <link name="mast">
-    <visual><geometry><box size="1 2 3"/></geometry></visual>
+    <visual>
+      <origin xyz="0 0.1 0" rpy="0.3 0 0"/>
+      <geometry><box size="1 2 3"/></geometry>
+      <material name="red"><color rgba="1 0 0 1"/></material>
+    </visual>
   </link>
   <link name="arm"/>
   <link name="tool"/>
