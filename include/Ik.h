@@ -1,4 +1,5 @@
-// Everything a host needs: includes the public headers and adds nothing.
+/// @file
+/// Everything a host needs: includes the public headers and adds nothing.
 
 #ifndef TRUNNION_IK_H
 #define TRUNNION_IK_H

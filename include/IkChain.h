@@ -1,9 +1,10 @@
-// Chains: ordered lists of tree nodes from a base towards a tip.
-//
-// - Frames: a chain's transform is base_to_tip, the product of its nodes' transforms from index 0.
-// - Ownership: a chain never owns its nodes and is valid while they live. Streams use chains by
-//   pointer, so the host keeps them alive as long as the stream is used.
-// - Threads: one at a time.
+/// @file
+/// Chains: ordered lists of tree nodes from a base towards a tip.
+///
+/// - Frames: a chain's transform is base_to_tip, the product of its nodes' transforms from index 0.
+/// - Ownership: a chain never owns its nodes and is valid while they live. Streams use chains by
+///   pointer, so the host keeps them alive as long as the stream is used.
+/// - Threads: one at a time.
 
 #ifndef TRUNNION_IK_CHAIN_H
 #define TRUNNION_IK_CHAIN_H
@@ -18,10 +19,13 @@
 class IK_API IkChain
 {
   public:
-    IkChain();
+    IkChain(); //!< without nodes
+    ///@{
+    /// A copy lists the same nodes.
     IkChain(const IkChain& other);
     IkChain& operator=(const IkChain& other);
-    virtual ~IkChain();
+    ///@}
+    virtual ~IkChain(); //!< leaves the nodes alone
 
     /// Forms its label and traces nothing.
     virtual void TraceDump(const wchar_t* label) const;
@@ -30,14 +34,15 @@ class IK_API IkChain
     void AddNodeAtHead(IkNode* node); //!< at the base end
     /// From the root of the node's tree to the node, both included; empty for null.
     void FillFromBase2Node(IkNode* node);
-    void RemoveTail();
-    void Reset();
+    void RemoveTail(); //!< forgets the node at the tip end, if there is one
+    void Reset();      //!< forgets all nodes
 
-    IkNode* GetAt(int index) const; //!< null outside the chain
-    int Size() const;
+    IkNode* GetAt(int index) const;                      //!< null outside the chain
+    int Size() const;                                    //!< nodes, bodies included
     IkNode* SearchByUserDataPtr(const void* data) const; //!< nearest the base, or null
 
-    /// The joints of the chain, in order, at their current values.
+    /// The joints of the chain, in order, at their current values; a joint that is listed twice
+    /// comes twice.
     IkJtStateVector GetJointStates() const;
     /// base_to_tip at the joints' current values; the identity for an empty chain.
     IkXformMat GetXformMat() const;

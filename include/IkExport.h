@@ -1,3 +1,6 @@
+/// @file
+/// What the headers say to the compiler about visibility.
+
 #ifndef TRUNNION_IK_EXPORT_H
 #define TRUNNION_IK_EXPORT_H
 

@@ -1,9 +1,10 @@
-// Joints: tree nodes whose transform depends on one value.
-//
-// - Units: a linear joint's value, bounds and initial value are lengths, a rotary joint's radians.
-// - Frames: the motion is applied on the right of the original frame, in the joint's own axes.
-// - Ranges: nothing here clamps a value; ranges are applied where steps are added (IkJtState.h).
-// - Ownership and threads: as for IkNode.
+/// @file
+/// Joints: tree nodes whose transform depends on one value.
+///
+/// - Units: a linear joint's value, bounds and initial value are lengths, a rotary joint's radians.
+/// - Frames: the motion is applied on the right of the original frame, in the joint's own axes.
+/// - Ranges: nothing here clamps a value; ranges are applied where steps are added (IkJtState.h).
+/// - Ownership and threads: as for IkNode.
 
 #ifndef TRUNNION_IK_JOINT_H
 #define TRUNNION_IK_JOINT_H
@@ -45,8 +46,11 @@ class IK_API IkJoint : public IkNode
         JtLimitAll = 3
     };
 
+    ///@{
+    /// Unlocked, at 0, range [-1, 1], without primitive, not reversed.
     IkJoint();
     IkJoint(const std::wstring& name);
+    ///@}
     /// Copies node, lock, value and range; primitive, axis, direction and initial value start
     /// afresh.
     IkJoint(const IkJoint& other);
@@ -58,7 +62,7 @@ class IK_API IkJoint : public IkNode
     IkXformMat GetXformMat(IkJtStateVector& states) override;
     /// The original frame, whatever the value: a joint of neither kind does not move.
     IkXformMat GetXformMat(double* value) override;
-    bool IsJoint() const override;
+    bool IsJoint() const override; //!< true
     void TraceDump(const wchar_t* label) const override;
 
     double GetCurValue() const;     //!< [length] or [rad]
@@ -70,16 +74,27 @@ class IK_API IkJoint : public IkNode
     /// The value at which the joint's transform equals its original frame.
     double GetInitialValue() const;
     void SetInitialValue(double value); //!< does not mark the node dirty
+    ///@{
+    /// The joint's own lock: no solve of any stream moves it. See IkStream for locks of one stream.
     bool IsLocked() const;
     void SetIsLocked(bool isLocked);
+    ///@}
+    ///@{
+    /// Any primitive is stored; one that is not of the joint's kind (a rotation on an IkJtPrism, a
+    /// translation on an IkJtRot) makes its transform the identity.
     JtPrimitives GetJtPrimitive() const;
     void SetJtPrimitive(JtPrimitives newPrimitive);
-    bool IsDirectionReversed() const;
+    ///@}
+    bool IsDirectionReversed() const;         //!< a positive value moves against the axis
     void SetDirectionReversed(bool reversed); //!< does not mark the node dirty
+    /// The axis of the arbitrary primitives, as long as it was set: stored for the host, read by
+    /// no transform.
     TNT::Vector<double> GetArbitraryAxis() const;
     void SetArbitraryAxis(const TNT::Vector<double>& axis); //!< does not mark the node dirty
-    bool IsArbitraryAxisUsed() const;
-    bool IsRotary() const; //!< safe to call first from several threads at once
+    bool IsArbitraryAxisUsed() const;                       //!< of one of the arbitrary primitives
+    /// Told by the primitive, JtPrimRotX to JtPrimRotArbitrary, not by the class. Safe to call
+    /// first from several threads at once.
+    bool IsRotary() const;
 
   protected:
     /// The signed displacement from the zero position for `*value`, or for the current value.
@@ -106,11 +121,14 @@ class IK_API IkJtPrism : public IkJoint
   public:
     using IkJoint::GetXformMat;
 
+    ///@{
+    /// JtPrimTransX, bounds 1 and -1 in this order: set a range before solving with limits.
     IkJtPrism();
     IkJtPrism(const std::wstring& name);
+    ///@}
     /// A new joint with the primitive of `other` and its bounds exchanged; nothing else is taken.
     IkJtPrism(const IkJtPrism& other);
-    IkJtPrism& operator=(const IkJtPrism& other);
+    IkJtPrism& operator=(const IkJtPrism& other); //!< copies everything, bounds as they are
     ~IkJtPrism() override;
 
     /// original frame * translation; the identity for a primitive that is not JtPrimTransX, Y or Z.
@@ -126,11 +144,14 @@ class IK_API IkJtRot : public IkJoint
   public:
     using IkJoint::GetXformMat;
 
+    ///@{
+    /// JtPrimRotZ, bounds -6.28318530717958 and 6.28318530717958 [rad].
     IkJtRot();
     IkJtRot(const std::wstring& name);
+    ///@}
     /// A new joint with the primitive of `other` and its bounds exchanged; nothing else is taken.
     IkJtRot(const IkJtRot& other);
-    IkJtRot& operator=(const IkJtRot& other);
+    IkJtRot& operator=(const IkJtRot& other); //!< copies everything, bounds as they are
     ~IkJtRot() override;
 
     /// original frame * rotation; the identity for a primitive that is not JtPrimRotX, Y or Z.

@@ -1,11 +1,12 @@
-// The machine: owner of the kinematic tree and of the streams over it.
-//
-// - The tree is the description; streams and solver objects are scratch. A solve reads the joints
-//   and never writes them: joint values change only when the host commits an answer.
-// - Ownership: the base node with its whole tree, and every stream handed to AddStream, belong to
-//   the machine; chains stay the host's. Copies are shallow: let only one of two be destroyed.
-// - Errors: two look-ups throw narrow string pointers, see below.
-// - Threads: one at a time.
+/// @file
+/// The machine: owner of the kinematic tree and of the streams over it.
+///
+/// - The tree is the description; streams and solver objects are scratch. A solve reads the joints
+///   and never writes them: joint values change only when the host commits an answer.
+/// - Ownership: the base node with its whole tree, and every stream handed to AddStream, belong to
+///   the machine; chains stay the host's. Copies are shallow: let only one of two be destroyed.
+/// - Errors: two look-ups throw narrow string pointers, see below.
+/// - Threads: one at a time.
 
 #ifndef TRUNNION_IK_MACHINE_H
 #define TRUNNION_IK_MACHINE_H
@@ -20,18 +21,21 @@
 class IK_API IkMachine
 {
   public:
-    IkMachine();
+    IkMachine(); //!< without tree and streams
+    ///@{
+    /// Both then own the same tree and streams. What an assignment replaces is not destroyed.
     IkMachine(const IkMachine& other);
     IkMachine& operator=(const IkMachine& other);
-    virtual ~IkMachine();
+    ///@}
+    virtual ~IkMachine(); //!< as Reset
 
     /// Takes the tree below `node` over. A previous tree is not destroyed.
     void SetBaseNode(IkNode* node);
-    IkNode* GetBaseNode() const;
+    IkNode* GetBaseNode() const; //!< null until one is set
 
-    void AddStream(IkStream* stream); //!< takes the stream over
+    void AddStream(IkStream* stream); //!< takes the stream over; its id may be anyone's
     void RemoveStream(int id);        //!< destroys the first stream of that id, if any
-    int GetNumStreams() const;
+    int GetNumStreams() const;        //!< entries: a stream that was added twice counts twice
     /// Throws "Failed to find matching stream." (a `const char*`).
     IkStream& GetStreamById(int id);
     /// Throws "Invalid index argument" (a `const char*`).

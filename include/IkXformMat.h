@@ -1,10 +1,11 @@
-// Homogeneous transforms: every frame, joint motion, chain product and pose is one of these.
-//
-// - Convention: column vectors. [R t; 0 0 0 1] maps a point p to R p + t, and base_to_tool is the
-//   pose of the tool frame in the base frame, so base_to_tool * tool_to_tip = base_to_tip: inner
-//   names meet.
-// - Units: angles in radians, lengths in whatever unit the host measures in.
-// - Threads: a plain value type; distinct objects may be used from distinct threads.
+/// @file
+/// Homogeneous transforms: every frame, joint motion, chain product and pose is one of these.
+///
+/// - Convention: column vectors. [R t; 0 0 0 1] maps a point p to R p + t, and base_to_tool is the
+///   pose of the tool frame in the base frame, so base_to_tool * tool_to_tip = base_to_tip: inner
+///   names meet.
+/// - Units: angles in radians, lengths in whatever unit the host measures in.
+/// - Threads: a plain value type; distinct objects may be used from distinct threads.
 
 #ifndef TRUNNION_IK_XFORM_MAT_H
 #define TRUNNION_IK_XFORM_MAT_H
@@ -41,9 +42,11 @@ class IK_API IkXformMat : public TNT::Matrix<double>
     IkXformMat(const TNT::Matrix<double>& other);
     virtual ~IkXformMat();
 
+    ///@{
     /// Copies the first sixteen stored elements (row-major); never resizes.
     IkXformMat& operator=(const IkXformMat& other);
     IkXformMat& operator=(const TNT::Matrix<double>& other);
+    ///@}
 
     /// Makes this the identity.
     void Eye();
@@ -53,16 +56,18 @@ class IK_API IkXformMat : public TNT::Matrix<double>
     static IkXformMat RotZ(double a);                          //!< rotation about z by `a` [rad]
     static IkXformMat Translate(double x, double y, double z); //!< offset [length]
 
-    // Post-multiplications: the motion is taken about and along the axes of this frame.
+    ///@{
+    /// Post-multiplication: the motion is taken about and along the axes of this frame.
     void RotXThis(double a);                          //!< this = this * RotX(a) [rad]
     void RotYThis(double a);                          //!< this = this * RotY(a) [rad]
     void RotZThis(double a);                          //!< this = this * RotZ(a) [rad]
     void TranslateThis(double x, double y, double z); //!< this = this * Translate(x, y, z)
+    ///@}
 
     /// The inverse of a rigid transform, [R' -R't; 0 0 0 1]. Of a transform that is not rigid the
     /// result is simply not the inverse; the bottom row of this transform is not looked at.
     IkXformMat QuickInvert() const;
-    void QuickInvertThis();
+    void QuickInvertThis(); //!< this = QuickInvert()
 
     /// True when the rows r, s, t of the rotation block satisfy 1 - |(r x s) . t| < tol and
     /// |r . s| < tol. A mirror passes, and so does a rotation scaled up: the triple product is
