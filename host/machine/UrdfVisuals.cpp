@@ -110,11 +110,10 @@ class VisualReader
             numbers.Refuse(shape, what + " has no " + attribute + "; add " + attribute + "=\"" +
                                       example + "\", in metres");
         }
-        for (const double length : *lengths) {
-            if (length < 0.0) {
-                numbers.Refuse(shape, attribute + " of " + what + " has " + RoundedText(length) +
-                                          ", and no length is below 0; correct it");
-            }
+        const double least = *std::min_element(lengths->begin(), lengths->end());
+        if (least < 0.0) {
+            numbers.Refuse(shape, attribute + " of " + what + " has " + RoundedText(least) +
+                                      ", and no length is below 0; correct it");
         }
         return *lengths;
     }

@@ -232,8 +232,8 @@ std::string TextOf(const Json& json)
 
 void WriteColumn(const ReportRows::NamedColumn& named, const TextSink& sink)
 {
-    sink("\"" + named.name + "\":{\"decimals\":" + std::to_string(named.column.Decimals()) +
-         ",\"data\":\"");
+    sink('"' + named.name + R"(":{"decimals":)" + std::to_string(named.column.Decimals()) +
+         R"(,"data":")");
     WriteBase64(named.column.Bytes(), sink);
     sink("\"}");
 }
