@@ -325,7 +325,7 @@ function addPlotTools(plots: PlotStack): void {
   show();
   byId('plots-tools').append(
     toggle,
-    button('All', 'Show all of the run in the plots', () => plots.reset()),
+    button('Whole run', 'Show the whole run in the plots', () => plots.reset()),
   );
 }
 

@@ -33,11 +33,12 @@ export async function decodeRows(
   data: RowsData,
   progress: (share: number) => void = () => {},
   pause: Pause = nextTask,
+  now: () => number = () => performance.now(),
 ): Promise<Rows> {
   const count = data.count;
   const total = data.axes.length + 13;
   let done = 0;
-  let since = performance.now();
+  let since = now();
   const decimals: Record<string, number> = {};
 
   async function decode<T extends Float64Array | Uint8Array>(name: string, target: T): Promise<T> {
@@ -49,10 +50,10 @@ export async function decodeRows(
     const reader = new PackedReader(column);
     for (let row = 0; row < count; row += ROWS_A_TURN) {
       reader.read(target, row, Math.min(row + ROWS_A_TURN, count));
-      if (performance.now() - since > MILLISECONDS_A_TURN) {
+      if (now() - since > MILLISECONDS_A_TURN) {
         progress((done + row / count) / total);
         await pause();
-        since = performance.now();
+        since = now();
       }
     }
     if (!reader.isAtEnd) {

@@ -11,6 +11,7 @@ export const LEFT = 58; // of the plots, for their scales [px]
 export const RIGHT = 10;
 const HEIGHT = 92;
 const HEIGHT_OF_SCALE = 30;
+const NEAREST_EVENTS = 4; // that each get a line of their own [px]
 
 /// What all plots of a run share.
 export interface Shared {
@@ -18,21 +19,36 @@ export interface Shared {
   from: number;
   to: number;
   bounds: Uint32Array;
-  rapids: readonly number[];
+  rapids: readonly number[]; // pairs of x
+  failed: readonly number[]; // likewise
   readonly events: readonly { readonly x: number; readonly event: EventData }[];
   theme: Theme;
 }
 
 export interface PlotCallbacks {
   hover(x: number | null): void;
-  choose(x: number): void;
+  choose(): void; // what the pointer is over
   zoom(from: number, to: number): void;
   reset(): void;
 }
 
 const INK = {
-  light: { text: '#5a6675', grid: '#e3e7ec', rapid: 'rgba(199,125,10,0.10)', limit: '#c11f3a', beyond: 'rgba(193,31,58,0.09)' },
-  dark: { text: '#9aa7b5', grid: '#2a323b', rapid: 'rgba(240,162,74,0.13)', limit: '#ff6b7d', beyond: 'rgba(255,107,125,0.14)' },
+  light: {
+    text: '#5a6675',
+    grid: '#e3e7ec',
+    rapid: 'rgba(199,125,10,0.10)',
+    failed: 'rgba(193,31,58,0.16)',
+    limit: '#c11f3a',
+    beyond: 'rgba(193,31,58,0.09)',
+  },
+  dark: {
+    text: '#9aa7b5',
+    grid: '#2a323b',
+    rapid: 'rgba(240,162,74,0.13)',
+    failed: 'rgba(255,107,125,0.22)',
+    limit: '#ff6b7d',
+    beyond: 'rgba(255,107,125,0.14)',
+  },
 } as const;
 
 export class AxisPlot {
@@ -183,11 +199,15 @@ export class AxisPlot {
     const px = (x: number): number =>
       Math.min(Math.max(plot.valToPos(x, 'x', true), left), left + width);
     ctx.save();
-    ctx.fillStyle = ink.rapid;
-    for (let i = 0; i + 1 < this.shared.rapids.length; i += 2) {
-      const from = px(this.shared.rapids[i]!);
-      const to = px(this.shared.rapids[i + 1]!);
-      ctx.fillRect(from, top, Math.max(to - from, 1), height);
+    for (const [spans, color] of [
+      [this.shared.rapids, ink.rapid],
+      [this.shared.failed, ink.failed],
+    ] as const) {
+      ctx.fillStyle = color;
+      for (let i = 0; i + 1 < spans.length; i += 2) {
+        const from = px(spans[i]!);
+        ctx.fillRect(from, top, Math.max(px(spans[i + 1]!) - from, 1), height);
+      }
     }
     ctx.beginPath();
     ctx.rect(left, top, width, height);
@@ -214,10 +234,10 @@ export class AxisPlot {
     const colors = EVENT_COLORS[this.shared.theme];
     ctx.save();
     ctx.globalAlpha = 0.55;
-    let drawn = -1;
+    let drawn = -Infinity;
     for (const { x, event } of this.shared.events) {
       const at = Math.round(plot.valToPos(x, 'x', true));
-      if (at !== drawn && at >= left && at <= left + width) {
+      if (at - drawn > NEAREST_EVENTS * devicePixelRatio && at >= left && at <= left + width) {
         ctx.fillStyle = colors[event.kind]!;
         ctx.fillRect(at, top, devicePixelRatio, height);
         drawn = at;
@@ -244,7 +264,7 @@ export class AxisPlot {
     over.addEventListener('pointerdown', (event) => (pressedAt = event.clientX));
     over.addEventListener('click', (event) => {
       if (Math.abs(event.clientX - pressedAt) <= 4) {
-        this.callbacks.choose(x(event));
+        this.callbacks.choose();
       }
     });
     over.addEventListener('dblclick', () => this.callbacks.reset());

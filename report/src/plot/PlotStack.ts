@@ -74,6 +74,7 @@ export class PlotStack {
       to: x.at(-1)!,
       bounds: new Uint32Array(1),
       rapids: [],
+      failed: [],
       events: this.events.map((event) => ({ x: x[event.row]!, event })),
       theme,
     };
@@ -94,7 +95,7 @@ export class PlotStack {
         this.shared,
         {
           hover: (x) => this.timeline.setHover(x === null ? null : this.rowAt(x)),
-          choose: (x) => this.timeline.goTo(this.rowAt(x)),
+          choose: () => this.timeline.goTo(this.timeline.shownRow),
           zoom: (from, to) => this.zoom(from, to),
           reset: () => this.reset(),
         },
@@ -115,7 +116,10 @@ export class PlotStack {
     const { shared } = this;
     const pixels = Math.max(Math.round(this.innerWidth() * devicePixelRatio), 1);
     shared.bounds = pixelBounds(shared.x, shared.from, shared.to, pixels);
-    shared.rapids = flaggedSpans(shared.x, this.rows.flags, Flag.rapid, shared.bounds);
+    const spans = (flag: number): number[] =>
+      flaggedSpans(shared.x, this.rows.flags, flag, shared.bounds);
+    shared.rapids = spans(Flag.rapid);
+    shared.failed = spans(Flag.failed);
     this.plots.forEach((plot) => plot.update());
     this.drawLane();
   }

@@ -9,12 +9,14 @@ import {
   GridHelper,
   Group,
   HemisphereLight,
+  InstancedMesh,
   LineBasicMaterial,
   LineSegments,
   Matrix4,
   Mesh,
   MeshBasicMaterial,
   MeshStandardMaterial,
+  OctahedronGeometry,
   PerspectiveCamera,
   Scene,
   Sphere,
@@ -82,7 +84,7 @@ export class MachineView {
   private readonly materials = {
     tool: new MeshStandardMaterial({ roughness: 0.55, metalness: 0.25 }),
     part: new MeshStandardMaterial({ roughness: 0.7, metalness: 0.1 }),
-    base: new MeshStandardMaterial({ roughness: 0.8, metalness: 0.1 }),
+    base: new MeshStandardMaterial({ roughness: 0.8, transparent: true, opacity: 0.3, depthWrite: false }),
     cutter: new MeshStandardMaterial({ roughness: 0.35, metalness: 0.5 }),
     edges: new LineBasicMaterial({ transparent: true, opacity: 0.35 }),
     failed: new MeshBasicMaterial({ depthTest: false, transparent: true }),
@@ -213,7 +215,7 @@ export class MachineView {
     const sphere = (isClose ? this.workBox() : this.machineBox()).getBoundingSphere(new Sphere());
     const narrow = Math.min(1, this.camera.aspect);
     const half = Math.atan(Math.tan((FIELD_OF_VIEW / 2) * (Math.PI / 180)) * narrow);
-    const distance = Math.max(sphere.radius, this.layout.size * 0.2) / Math.sin(half);
+    const distance = (Math.max(sphere.radius, this.layout.size * 0.2) * (isClose ? 1.12 : 0.95)) / Math.sin(half);
     this.controls.target.copy(sphere.center);
     this.camera.position
       .copy(this.directionOf(this.side))
@@ -366,18 +368,19 @@ export class MachineView {
     failures: readonly EventData[],
     holder: Group,
   ): void {
-    const half = this.layout.size * 0.004;
-    const shape = new CylinderGeometry(half * 0.4, half * 0.4, half * 5, 6);
     const inside = failures.filter((one) => one.row >= stretch.begin && one.row < stretch.end);
-    for (const failure of inside.slice(0, MOST_FAILURES_DRAWN)) {
-      const [x, y, z] = rows.position.map((column) => column[failure.row]!);
-      for (const direction of [[1, 1, 1], [1, -1, -1], [-1, 1, -1]] as const) {
-        const bar = placed(new Mesh(shape, this.materials.failed), [x!, y!, z!], direction);
-        bar.name = 'failed point';
-        bar.renderOrder = 5;
-        holder.add(bar);
-      }
+    if (inside.length === 0) {
+      return;
     }
+    const shape = new OctahedronGeometry(this.layout.size * 0.007);
+    const marks = new InstancedMesh(shape, this.materials.failed, inside.length);
+    inside.forEach(({ row }, index) => {
+      const [x, y, z] = rows.position.map((column) => column[row]!);
+      marks.setMatrixAt(index, new Matrix4().setPosition(x!, y!, z!));
+    });
+    marks.name = 'failed points';
+    marks.renderOrder = 5;
+    holder.add(marks);
   }
 
   /// A slim tool from its end to its seat, thicker where it is held.
@@ -507,8 +510,6 @@ export class MachineView {
     this.isStale = true;
   }
 }
-
-const MOST_FAILURES_DRAWN = 500;
 
 function stillGroup(name: string): Group {
   const group = new Group();

@@ -55,7 +55,7 @@ export class AxisDrawing {
 
   private drawGuide(axis: AxisData, mark: AxisMark, size: number): void {
     const { direction } = axis;
-    const thin = size * 0.004;
+    const thin = size * 0.0026;
     const at = (value: number): Triple => add(mark.origin, scaled(direction, value));
     const head = size * 0.05;
     const along = mark.high - mark.low + head;
@@ -71,7 +71,7 @@ export class AxisDrawing {
   /// The angle is counted from `zero`, about the axis.
   private drawRing(axis: AxisData, mark: AxisMark, size: number): void {
     const { direction } = axis;
-    const thin = size * 0.004;
+    const thin = size * 0.003;
     const across = cross(direction, mark.zero);
     const at = (degrees: number, radius = mark.radius): Triple => {
       const angle = (degrees * Math.PI) / 180;

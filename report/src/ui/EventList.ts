@@ -6,6 +6,7 @@ import { element, eventIcon, setText } from './dom.ts';
 import { VirtualList } from './VirtualList.ts';
 
 const ROW_HEIGHT = 44;
+const TALLEST = 340;
 
 export const EVENT_TITLES: Readonly<Record<EventKind, string>> = {
   failed: 'not reached',
@@ -69,6 +70,7 @@ export class EventList {
       this.holder.append(element('p', { class: 'empty' }, 'No flip, rewind, pole, limit or failed point.'));
       return;
     }
+    this.holder.style.height = `${Math.min(this.shown.length * ROW_HEIGHT + 2, TALLEST)}px`;
     this.list = new VirtualList(this.holder, this.shown.length, {
       height: ROW_HEIGHT,
       make: () => this.makeRow(),

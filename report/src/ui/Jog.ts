@@ -51,7 +51,7 @@ export class Jog {
     const kept = Math.min(Math.max(value, low ?? -Infinity), high ?? Infinity);
     this.values[index] = kept;
     this.controls[index]!.slider.value = String(kept);
-    this.controls[index]!.field.value = String(Number(kept.toFixed(6)));
+    this.controls[index]!.field.value = rounded(kept);
     this.tell();
   }
 
@@ -60,10 +60,11 @@ export class Jog {
     const unit = isLinear ? this.machine.lengthUnit : 'deg';
     const open = isLinear ? this.size : 360;
     const [low, high] = [axis.limits[0] ?? -open, axis.limits[1] ?? open];
-    const range = { min: String(low), max: String(high), value: String(axis.initial) };
+    const initial = rounded(axis.initial);
+    const range = { min: String(low), max: String(high), value: initial };
     const slider = element('input', { type: 'range', step: 'any', ...range });
     slider.setAttribute('aria-label', `${axis.name} [${unit}]`);
-    const field = element('input', { type: 'number', step: 'any', value: String(axis.initial) });
+    const field = element('input', { type: 'number', step: 'any', value: initial });
     field.setAttribute('aria-label', `${axis.name} [${unit}], as a number`);
     slider.addEventListener('input', () => this.set(index, slider.valueAsNumber));
     field.addEventListener('change', () => {
@@ -136,4 +137,8 @@ export class Jog {
     entries.forEach(([, text], k) => setText(this.pose.children[k]!.lastElementChild!, text!));
     this.changed(this.jogged);
   }
+}
+
+function rounded(value: number): string {
+  return String(Number(value.toFixed(6)));
 }

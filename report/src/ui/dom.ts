@@ -17,7 +17,10 @@ export function element<K extends keyof HTMLElementTagNameMap>(
 }
 
 export function button(text: string, label: string, onClick: () => void, key = ''): HTMLButtonElement {
-  const made = element('button', { type: 'button', 'aria-label': label }, text);
+  const made = element('button', { type: 'button' }, text);
+  if (text.length <= 1) {
+    made.setAttribute('aria-label', label);
+  }
   made.title = key === '' ? label : `${label} (${key})`;
   made.addEventListener('click', onClick);
   return made;

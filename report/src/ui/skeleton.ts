@@ -89,7 +89,7 @@ export function buildSections(report: ReportData): void {
   const figures = section('figures', 'Figures', element('div', { id: 'figures-body' }));
   const main = byId('content');
   if (report.run === null) {
-    view.append(legend());
+    view.append(legend(false));
     const jog = section('jog', 'Axes', element('div', { id: 'jog-body' }));
     main.append(element('div', { class: 'columns' }, view, jog), figures);
     return;
@@ -97,7 +97,7 @@ export function buildSections(report: ReportData): void {
   view.append(
     element('div', { id: 'transport', role: 'group', 'aria-label': 'Playing' }),
     element('dl', { id: 'readout', 'aria-label': 'The row that is shown' }),
-    legend(),
+    legend(true),
   );
   const plots = section('plots', 'The axes over the run', element('div', { id: 'plots-body' }));
   const events = section(
@@ -111,15 +111,12 @@ export function buildSections(report: ReportData): void {
   main.append(element('div', { class: 'columns' }, view, plots), element('div', { class: 'columns lists' }, events, rows), figures);
 }
 
-function legend(): HTMLElement {
-  const entry = (name: string, text: string): HTMLElement =>
-    element('span', {}, element('i', { class: `line ${name}` }), text);
-  return element(
-    'p',
-    { class: 'legend' },
-    entry('done', 'done'),
-    entry('ahead', 'to come'),
-    entry('rapid', 'rapid'),
-    entry('', 'arrows: the way the body moves for a positive value'),
-  );
+function legend(hasPath: boolean): HTMLElement {
+  const lines = [
+    ['done', 'done'],
+    ['ahead', 'to come'],
+    ['rapid', 'rapid'],
+  ].map(([name, text]) => element('span', {}, element('i', { class: `line ${name}` }), text!));
+  const arrows = 'arrows: the way the body moves for a positive value';
+  return element('p', { class: 'legend' }, ...(hasPath ? lines : []), element('span', {}, arrows));
 }

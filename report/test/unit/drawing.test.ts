@@ -1,0 +1,97 @@
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import type { Rows } from '../../src/data/rows.ts';
+import { layoutMachine } from '../../src/scene/layout.ts';
+import { countUpTo, pathLines } from '../../src/scene/pathLines.ts';
+import { clock, exact, limitsText, short, small } from '../../src/ui/format.ts';
+import { dot } from '../../src/motion/transform.ts';
+import { TRUNNION, axis } from '../support/machines.ts';
+
+function straight(x: readonly number[], flags: readonly number[]): Rows {
+  const zeros = new Float64Array(x.length);
+  return {
+    count: x.length,
+    axes: [],
+    joints: [],
+    position: [Float64Array.from(x), zeros, zeros],
+    direction: [zeros, zeros, zeros],
+    point: zeros,
+    line: zeros,
+    flags: Uint8Array.from(flags),
+    branch: zeros,
+    positionError: zeros,
+    directionError: zeros,
+    feed: zeros,
+    decimals: {},
+  };
+}
+
+test('rapids and cuts are lines of their own, each up to the row that it leads to', () => {
+  const rows = straight([0, 10, 20, 30, 40], [1, 1, 0, 0, 1]);
+  const lines = pathLines(rows, { begin: 0, end: 5 }, 100);
+  assert.deepEqual([...lines.kept], [0, 1, 2, 3, 4]);
+  assert.deepEqual([...lines.rapids.indices], [0, 1, 3, 4]);
+  assert.deepEqual([...lines.cuts.indices], [1, 2, 2, 3]);
+  assert.deepEqual([0, 1, 2, 4].map((row) => countUpTo(lines.cuts, row)), [0, 0, 1, 2]);
+  assert.deepEqual([0, 1, 2, 4].map((row) => countUpTo(lines.rapids, row)), [0, 1, 1, 2]);
+});
+
+test('rows too near to be seen are left out, but not where a rapid ends', () => {
+  // 0.0005 is less than the hundred thousandth part of 100.
+  const rows = straight([0, 0.0005, 0.001, 50, 50.0001, 90], [0, 0, 0, 1, 0, 0]);
+  const { kept } = pathLines(rows, { begin: 0, end: 6 }, 100);
+  assert.deepEqual([...kept], [0, 2, 3, 5]);
+});
+
+test('a stretch is drawn by itself', () => {
+  const { kept } = pathLines(straight([0, 1, 2, 3, 4], [0, 0, 0, 0, 0]), { begin: 2, end: 4 }, 100);
+  assert.deepEqual([...kept], [2, 3]);
+});
+
+test('every axis has its mark, rings at right angles to their axis and over the limits', () => {
+  const layout = layoutMachine(TRUNNION, new Map());
+  assert.equal(layout.marks.length, 3);
+  const tilt = layout.marks[1]!;
+  assert.ok(Math.abs(dot(tilt.zero, [1, 0, 0])) < 1e-12);
+  assert.deepEqual([tilt.low, tilt.high], [-100, 100]);
+  assert.deepEqual([layout.marks[0]!.low, layout.marks[0]!.high], [-180, 180]);
+  // On its axis: y 0 and z -100, wherever along x.
+  assert.deepEqual(tilt.origin.slice(1), [0, -100]);
+});
+
+test('every body has something solid that moves with it, and all of it stands above the floor', () => {
+  const layout = layoutMachine(TRUNNION, new Map());
+  for (const body of [-1, 0, 1, 2]) {
+    assert.ok(layout.solids.some((solid) => solid.parent === body), `body ${body}`);
+  }
+  assert.ok(layout.solids.every((solid) => solid.origin[2] > layout.floor));
+});
+
+test('the table is as large as what the tool passes on it', () => {
+  const extents = new Map([['table', { radius: 50, low: -12, high: 30 }]]);
+  const layout = layoutMachine(TRUNNION, extents);
+  const table = layout.solids.find((solid) => solid.parent === 0 && solid.side === 'part')!;
+  assert.equal(table.shape, 'cylinder');
+  assert.ok(table.size[0]! > 50 && table.size[0]! < 60);
+  assert.ok(table.origin[2] + table.size[1]! / 2 < -80 - 12);
+});
+
+test('axes that carry no mount are marked as well', () => {
+  const machine = { ...TRUNNION, axes: [...TRUNNION.axes, axis('W', -1, 'linear', [0, 1, 0], [0, 0, 0], [null, 5])] };
+  const layout = layoutMachine(machine, new Map());
+  assert.equal(layout.marks[3]!.high, 5);
+  assert.ok(layout.marks[3]!.low < 5);
+});
+
+test('numbers in words', () => {
+  assert.equal(exact(-1.5, 3), '\u22121.500');
+  assert.equal(short(-0.00001, 3), '0');
+  assert.equal(short(1250, 3), '1250');
+  assert.equal(small(2.0056e-10), '2.01e-10');
+  assert.equal(small(0.0139394), '0.0139');
+  assert.equal(small(0), '0');
+  assert.equal(clock(59.9), '00:59');
+  assert.equal(clock(3725), '1:02:05');
+  assert.equal(limitsText([null, null]), 'unlimited');
+  assert.equal(limitsText([-10, null]), '\u221210 to no end');
+});
