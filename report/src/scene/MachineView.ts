@@ -32,7 +32,7 @@ import { bodyOf, mountFrame, type Kinematics, type Workplace } from '../motion/k
 import { compose, inverse, translation, type Transform } from '../motion/transform.ts';
 import type { Label } from './labels.ts';
 import type { Layout } from './layout.ts';
-import { AxisDrawing, MountDrawing, placed } from './marks.ts';
+import { AxisDrawing, CompassDrawing, MountDrawing, placed } from './marks.ts';
 import { SCENE, type ScenePalette, type Theme } from './palette.ts';
 import { PathDrawing } from './PathDrawing.ts';
 import { pathLines, type Stretch } from './pathLines.ts';
@@ -79,6 +79,7 @@ export class MachineView {
   private readonly floorGroup = new Group();
   private readonly tool = new Group();
   private readonly axisDrawings: AxisDrawing[];
+  private readonly compasses: CompassDrawing[];
   private readonly labels: Label[] = [];
   private readonly paths: { readonly drawing: PathDrawing; readonly stretch: PlacedStretch }[] = [];
   private readonly materials = {
@@ -116,6 +117,9 @@ export class MachineView {
     this.scene.add(this.root);
     this.axisDrawings = machine.axes.map(
       (axis, index) => new AxisDrawing(axis, layout.marks[index]!, layout.size),
+    );
+    this.compasses = layout.compasses.map(
+      (compass) => new CompassDrawing(compass, machine.axes, layout.size),
     );
     this.addLights();
     this.addMachine();
@@ -172,6 +176,7 @@ export class MachineView {
     this.materials.failed.color.set(palette.failed);
     this.renderer.setClearColor(palette.background);
     this.axisDrawings.forEach((drawing) => drawing.paint(theme));
+    this.compasses.forEach((drawing) => drawing.paint(theme));
     this.paths.forEach(({ drawing }) => drawing.paint(palette));
     this.labels.forEach((label) => label.paint(palette, this.renderer.getPixelRatio()));
     this.drawFloor();
@@ -327,6 +332,11 @@ export class MachineView {
       this.groupOf(index).add(drawing.onBody);
       this.labels.push(drawing.label);
     });
+    this.layout.compasses.forEach(({ body }, index) => {
+      const drawing = this.compasses[index]!;
+      this.groupOf(body).add(drawing.group);
+      this.labels.push(...drawing.labels);
+    });
     for (const mount of this.machine.mounts) {
       const drawing = new MountDrawing(mount, this.layout.size);
       this.groupOf(mount.parent).add(drawing.group);
@@ -438,6 +448,11 @@ export class MachineView {
         this.axisDrawings[index]!.onBody.children.forEach((child) => box.expandByObject(child));
       }
     });
+    this.compasses.forEach((drawing) =>
+      drawing.group.children
+        .filter((child) => child instanceof Mesh)
+        .forEach((child) => box.expandByObject(child)),
+    );
     this.mountMeshes.forEach((mesh) => box.expandByObject(mesh));
     this.tool.children.forEach((child) => box.expandByObject(child));
     return box;

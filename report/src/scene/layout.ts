@@ -27,11 +27,20 @@ export interface AxisMark {
   readonly high: number;
 }
 
+/// Arrows at the work, for linear axes whose rails are far from it: on a body that they move without
+/// turning it.
+export interface Compass {
+  readonly body: number;
+  readonly origin: Triple;
+  readonly axes: readonly number[];
+}
+
 export interface Layout {
   readonly size: number;
   readonly floor: number; // its z
   readonly solids: readonly Solid[];
   readonly marks: readonly AxisMark[]; // one an axis, in the machine's order
+  readonly compasses: readonly Compass[];
 }
 
 /// What the tool passes in the coordinates of a part, rapids apart.
@@ -72,6 +81,7 @@ export function travelShown(axis: AxisData, size: number): readonly [number, num
 class LayoutBuilder {
   readonly solids: Solid[] = [];
   readonly marks = new Map<number, AxisMark>();
+  private readonly compasses: Compass[] = [];
   private readonly posts: Triple[] = [];
   readonly size: number;
 
@@ -87,6 +97,7 @@ class LayoutBuilder {
     this.machine.mounts.forEach((mount) => this.stackFrom(mount));
     this.markTheRest();
     if (hasVisuals) {
+      this.marks.forEach((mark, axis) => this.marks.set(axis, { ...mark, radius: mark.radius * 1.35 }));
       this.solids.length = 0;
       this.posts.length = 0;
       this.takeVisuals();
@@ -98,6 +109,7 @@ class LayoutBuilder {
       floor,
       solids: this.solids,
       marks: this.machine.axes.map((_, index) => this.marks.get(index)!),
+      compasses: this.compasses,
     };
   }
 
@@ -108,6 +120,7 @@ class LayoutBuilder {
   private stackFrom(mount: MountData): void {
     let stack = mount.kind === 'tool' ? this.spindle(mount) : this.plate(mount);
     let body = mount.parent;
+    this.addCompass(stack);
     while (body >= 0 && !this.marks.has(body)) {
       const axis = this.machine.axes[body]!;
       stack = axis.type === 'linear' ? this.linear(stack, body) : this.rotary(stack, body);
@@ -116,6 +129,26 @@ class LayoutBuilder {
     if (body < 0) {
       this.standOnFloor(stack);
     }
+  }
+
+  /// Of the first linear axes from the mount inwards that follow one another.
+  private addCompass({ mount, out, extent }: Stack): void {
+    const { axes } = this.machine;
+    let body = mount.parent;
+    while (body >= 0 && axes[body]!.type === 'rotary') {
+      body = axes[body]!.parent;
+    }
+    const found: number[] = [];
+    for (let at = body; at >= 0 && axes[at]!.type === 'linear'; at = axes[at]!.parent) {
+      found.push(at);
+    }
+    if (found.length === 0 || found.some((axis) => this.compasses.some((one) => one.axes.includes(axis)))) {
+      return;
+    }
+    const across = normalTo(out, [-1, -0.6, 0]);
+    const beside = mount.kind === 'tool' ? this.unit(0.26) : extent.radius + this.unit(0.16);
+    const along = scaled(out, this.unit(mount.kind === 'tool' ? 0.1 : 0.05));
+    this.compasses.push({ body, origin: add(add(mount.origin, along), scaled(across, beside)), axes: found });
   }
 
   private spindle(mount: MountData): Stack {

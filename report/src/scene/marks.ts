@@ -16,7 +16,7 @@ import {
 } from 'three';
 import type { AxisData, MountData, Triple } from '../data/contract.ts';
 import { add, cross, scaled } from '../motion/transform.ts';
-import type { AxisMark } from './layout.ts';
+import type { AxisMark, Compass } from './layout.ts';
 import { Label } from './labels.ts';
 import { axisColor, type Theme } from './palette.ts';
 
@@ -109,6 +109,39 @@ export class AxisDrawing {
   /// A shape of three's, which stand along y, put along `direction`.
   private along(geometry: BufferGeometry, origin: Triple, direction: Triple): Mesh {
     return placed(new Mesh(geometry, this.material), origin, direction);
+  }
+}
+
+/// Short arrows the positive way of linear axes, at the work.
+export class CompassDrawing {
+  readonly group = new Group();
+  readonly labels: Label[];
+  private readonly materials: { readonly axis: number; readonly material: MeshBasicMaterial }[] = [];
+  private theme: Theme = 'light';
+
+  constructor(compass: Compass, axes: readonly AxisData[], size: number) {
+    this.group.name = `compass of ${compass.axes.map((index) => axes[index]!.name).join(', ')}`;
+    const thin = size * 0.003;
+    const long = size * 0.09;
+    this.labels = compass.axes.map((index) => {
+      const { direction, name } = axes[index]!;
+      const material = new MeshBasicMaterial();
+      this.materials.push({ axis: index, material });
+      const at = (distance: number): Triple => add(compass.origin, scaled(direction, distance));
+      const label = new Label(`${name}+`, () => axisColor(index, this.theme));
+      label.sprite.position.copy(vector(at(long * 1.55)));
+      this.group.add(
+        placed(new Mesh(new CylinderGeometry(thin, thin, long, 12), material), at(long / 2), direction),
+        placed(new Mesh(new ConeGeometry(thin * 3.5, long * 0.3, 20), material), at(long * 1.15), direction),
+        label.sprite,
+      );
+      return label;
+    });
+  }
+
+  paint(theme: Theme): void {
+    this.theme = theme;
+    this.materials.forEach(({ axis, material }) => material.color.set(axisColor(axis, theme)));
   }
 }
 

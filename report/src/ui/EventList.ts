@@ -17,7 +17,7 @@ export const EVENT_TITLES: Readonly<Record<EventKind, string>> = {
 };
 
 export class EventList {
-  private list: VirtualList | null = null;
+  private readonly list: VirtualList;
   private shown: readonly EventData[];
   private readonly hidden = new Set<EventKind>();
 
@@ -29,15 +29,24 @@ export class EventList {
     private readonly goTo: (event: EventData) => void,
   ) {
     this.shown = events;
+    if (events.length === 0) {
+      holder.append(element('p', { class: 'empty' }, 'No flip, rewind, pole, limit or failed point.'));
+    }
+    this.list = new VirtualList(holder, events.length, {
+      height: ROW_HEIGHT,
+      make: () => this.makeRow(),
+      fill: (row, index) => this.fill(row, index),
+    });
     this.makeFilter();
-    this.makeList();
-    timeline.subscribe(() => this.list?.render());
+    this.fitHolder();
+    this.list.render();
+    timeline.subscribe(() => this.list.render());
   }
 
   reveal(event: EventData): void {
     const index = this.shown.indexOf(event);
     if (index >= 0) {
-      this.list?.reveal(index);
+      this.list.reveal(index);
     }
   }
 
@@ -58,25 +67,16 @@ export class EventList {
         isHidden ? this.hidden.delete(kind) : this.hidden.add(kind);
         toggle.setAttribute('aria-pressed', String(isHidden));
         this.shown = this.events.filter((event) => !this.hidden.has(event.kind));
-        this.makeList();
+        this.fitHolder();
+        this.list.setCount(this.shown.length);
       });
       this.filter.append(toggle);
     }
   }
 
-  private makeList(): void {
-    this.holder.replaceChildren();
-    if (this.events.length === 0) {
-      this.holder.append(element('p', { class: 'empty' }, 'No flip, rewind, pole, limit or failed point.'));
-      return;
-    }
-    this.holder.style.height = `${Math.min(this.shown.length * ROW_HEIGHT + 2, TALLEST)}px`;
-    this.list = new VirtualList(this.holder, this.shown.length, {
-      height: ROW_HEIGHT,
-      make: () => this.makeRow(),
-      fill: (row, index) => this.fill(row, index),
-    });
-    this.list.render();
+  private fitHolder(): void {
+    const height = Math.max(this.shown.length, 1) * ROW_HEIGHT + 2;
+    this.holder.style.height = `${Math.min(height, TALLEST)}px`;
   }
 
   private makeRow(): HTMLElement {
@@ -93,13 +93,14 @@ export class EventList {
 
   private fill(row: HTMLElement, index: number): void {
     const event = this.shown[index]!;
-    if (row.dataset['event'] !== String(index)) {
-      row.dataset['event'] = String(index);
+    row.dataset['event'] = String(index);
+    if (row.dataset['kind'] !== event.kind) {
+      row.dataset['kind'] = event.kind;
       row.children[0]!.replaceChildren(eventIcon(event.kind));
-      setText(row.children[1]!, `${EVENT_TITLES[event.kind]}, line ${event.line}, row ${event.row + 1}`);
-      setText(row.children[2]!, event.sentence);
-      row.title = event.sentence;
     }
+    setText(row.children[1]!, `${EVENT_TITLES[event.kind]}, line ${event.line}, row ${event.row + 1}`);
+    setText(row.children[2]!, event.sentence);
+    row.title = event.sentence;
     row.classList.toggle('shown', event.row === this.timeline.shownRow);
   }
 }

@@ -12,24 +12,29 @@ const TALLEST = 8_000_000;
 export class VirtualList {
   private readonly space = document.createElement('div');
   private readonly pool: HTMLElement[] = [];
-  private readonly height: number; // of the space [px]
+  private height = 0; // of the space [px]
   private readonly headHeight: () => number;
 
   /// The space of the rows is put behind what `holder`, which scrolls, already has: a head that sticks.
   constructor(
     private readonly holder: HTMLElement,
-    private readonly count: number,
+    private count: number,
     private readonly maker: RowMaker,
   ) {
-    this.height = Math.min(count * maker.height, TALLEST);
     this.space.className = 'rows';
     this.space.setAttribute('role', 'rowgroup');
-    this.space.style.height = `${this.height}px`;
+    this.measure();
     const head = holder.firstElementChild;
     this.headHeight = () => (head instanceof HTMLElement ? head.offsetHeight : 0);
     holder.append(this.space);
     holder.addEventListener('scroll', () => this.render(), { passive: true });
     new ResizeObserver(() => this.render()).observe(holder);
+  }
+
+  setCount(count: number): void {
+    this.count = count;
+    this.measure();
+    this.render();
   }
 
   /// Fills the rows in sight again.
@@ -69,6 +74,11 @@ export class VirtualList {
     const last = Math.max(this.count - rows, 1e-9);
     this.holder.scrollTop = (wanted / last) * this.farthest();
     this.render();
+  }
+
+  private measure(): void {
+    this.height = Math.min(this.count * this.maker.height, TALLEST);
+    this.space.style.height = `${this.height}px`;
   }
 
   private room(): number {

@@ -76,6 +76,15 @@ test('the table is as large as what the tool passes on it', () => {
   assert.ok(table.origin[2] + table.size[1]! / 2 < -80 - 12);
 });
 
+test('linear axes have arrows at the work, on a body that they do not turn', () => {
+  const [compass, ...others] = layoutMachine(TRUNNION, new Map()).compasses;
+  assert.deepEqual([compass!.body, compass!.axes, others], [2, [2], []]);
+  // Behind a rotary axis they hang on the linear one that carries it.
+  const head = { ...TRUNNION, axes: [...TRUNNION.axes, axis('B', 2, 'rotary', [0, 1, 0])] };
+  const mounts = head.mounts.map((mount) => (mount.kind === 'tool' ? { ...mount, parent: 3 } : mount));
+  assert.equal(layoutMachine({ ...head, mounts }, new Map()).compasses[0]!.body, 2);
+});
+
 test('axes that carry no mount are marked as well', () => {
   const machine = { ...TRUNNION, axes: [...TRUNNION.axes, axis('W', -1, 'linear', [0, 1, 0], [0, 0, 0], [null, 5])] };
   const layout = layoutMachine(machine, new Map());
