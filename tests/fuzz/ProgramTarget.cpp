@@ -9,7 +9,9 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
+#include "ReportData.h"
 #include "TempFolder.h"
 #include "app/BranchesCommand.h"
 #include "app/CheckCommand.h"
@@ -19,6 +21,7 @@
 #include "fuzz/ProgramInput.h"
 #include "fuzz/Targets.h"
 #include "mutated/Checks.h"
+#include "report/Page.h"
 #include "text/InputError.h"
 
 namespace test
@@ -60,18 +63,20 @@ class Job
         options.machine.file = folder.Write("machine.toml", machine);
         options.toolpath.file = folder.Write(path.name, path.text);
         options.version = "fuzz";
+        options.page = host::kDataMark;
         inputs = folder.Names();
         if (random.OneIn(16)) {
             options.toolpath.format = host::ToolpathFormat::Nc;
         }
     }
 
-    /// Writes table, program and summary under this name.
+    /// Writes table, program, summary and report under this name.
     std::optional<ExitCode> Solve(const std::string& name)
     {
         options.output = folder.Path() / (name + ".csv");
         options.gcode = folder.Path() / (name + ".nc");
         options.summary = folder.Path() / (name + ".json");
+        options.report = folder.Path() / (name + ".html");
         std::string printed;
         const std::vector<std::string> before = folder.Names();
         const auto code = Ran(host::Solve, options, printed);
@@ -89,6 +94,22 @@ class Job
         const std::string table = ContentOf(folder.Path() / (a + ".csv"));
         EXPECT_EQ(table.find("nan"), std::string::npos);
         EXPECT_EQ(table.find("inf"), std::string::npos);
+    }
+
+    /// What a run shows of itself reads back, with a number in every column for each row.
+    void CheckReport(const std::string& name) const
+    {
+        const std::string table = ContentOf(folder.Path() / (name + ".csv"));
+        const auto rows = std::count(table.begin(), table.end(), '\n') - 1;
+        const std::string report = ContentOf(folder.Path() / (name + ".html"));
+        EXPECT_EQ(report.find('<'), std::string::npos);
+        const nlohmann::json data = nlohmann::json::parse(report);
+        for (const auto& column : data["run"]["rows"]["columns"]) {
+            EXPECT_EQ(static_cast<long>(Decoded(column).wholes.size()), rows);
+        }
+        for (const auto& event : data["run"]["events"]) {
+            EXPECT_LT(event["row"].get<long>(), rows);
+        }
     }
 
     /// The verification of what a run has called solved.
@@ -153,7 +174,8 @@ void FuzzProgram(const std::uint8_t* bytes, std::size_t size)
         return;
     }
     const bool isComplete = *code == host::kExitOk; // otherwise there is no program
-    EXPECT_EQ(job.Files().size(), job.Inputs().size() + (isComplete ? 3 : 2));
+    EXPECT_EQ(job.Files().size(), job.Inputs().size() + (isComplete ? 4 : 3));
+    job.CheckReport("first");
     if (isComplete) {
         job.CheckVerified("first");
     }
