@@ -23,8 +23,6 @@ endfunction()
 
 if(NOT TRUNNION_REPORTS)
   set(TRUNNION_NO_REPORTS "switched off")
-elseif(NOT EXISTS ${PROJECT_SOURCE_DIR}/report/package.json)
-  set(TRUNNION_NO_REPORTS "the folder report/ is not there")
 else()
   trunnion_find_node()
 endif()
