@@ -7,7 +7,7 @@ ROOT is the checkout, BUILD a build of it with tests, CXX the compiler. Without 
 blocks are taken in order: `sh` is run in ROOT, where `trunnion` is the program of BUILD; `toml` is given
 to the program; `cpp` blocks make up one program. A block whose first line is a comment with a path in
 build/ is saved there instead, and blocks of its language behind it are added to it; a command must name
-it. A `text` block behind any of these must stand in what it prints, and a table that a command prints must
+the file. A `text` block behind any of these must stand in what it prints, and a table that a command prints must
 stand on the page. Numbers may differ in the fourth digit, in tables by a few cases, times altogether.
 Links must lead to files, and paths that are named must exist.
 """
@@ -147,7 +147,7 @@ class Page:
         """Each saved file is there for a command."""
         commands = "".join(content for language, content in blocks(self.text) if language == "sh")
         for match in SAVED.finditer("\n".join(content for _, content in blocks(self.text))):
-            if match[1] not in commands:
+            if Path(match[1]).name not in commands:
                 self.fail(f"no command takes {match[1]}")
 
     def check_places(self):
