@@ -4,20 +4,12 @@
 import type { PackedColumn } from './contract.ts';
 
 const ALPHABET = 'ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/';
+const NO_LETTER = 0x40;
 const SIX_BITS = (() => {
-  const table = new Uint8Array(128).fill(255);
+  const table = new Uint8Array(0x10000).fill(NO_LETTER); // by UTF-16 code unit
   [...ALPHABET].forEach((letter, index) => (table[letter.charCodeAt(0)] = index));
   return table;
 })();
-
-function sixBits(text: string, index: number): number {
-  const code = text.charCodeAt(index);
-  const bits = code < 128 ? SIX_BITS[code]! : 255;
-  if (bits === 255) {
-    throw new Error(`base64: character ${index + 1} is none of its letters`);
-  }
-  return bits;
-}
 
 export function bytesOfBase64(text: string): Uint8Array {
   let length = text.length;
@@ -25,22 +17,28 @@ export function bytesOfBase64(text: string): Uint8Array {
     length -= 1;
   }
   const bytes = new Uint8Array(Math.floor((length * 3) / 4));
+  let all = 0;
   let out = 0;
   for (let i = 0; i < length; i += 4) {
-    const a = sixBits(text, i);
-    const b = i + 1 < length ? sixBits(text, i + 1) : 0;
-    const c = i + 2 < length ? sixBits(text, i + 2) : 0;
-    const d = i + 3 < length ? sixBits(text, i + 3) : 0;
-    // Writes beyond the end of a typed array are dropped.
+    const a = SIX_BITS[text.charCodeAt(i)]!;
+    const b = SIX_BITS[text.charCodeAt(i + 1)]!;
+    const c = i + 2 < length ? SIX_BITS[text.charCodeAt(i + 2)]! : 0;
+    const d = i + 3 < length ? SIX_BITS[text.charCodeAt(i + 3)]! : 0;
+    all |= a | b | c | d;
+    // What would stand beyond the end of the array is dropped.
     bytes[out] = (a << 2) | (b >> 4);
     bytes[out + 1] = (b << 4) | (c >> 2);
     bytes[out + 2] = (c << 6) | d;
     out += 3;
   }
+  if (all >= NO_LETTER) {
+    const at = [...text].findIndex((letter, i) => i < length && !ALPHABET.includes(letter));
+    throw new Error(`base64: character ${at + 1} is none of its letters`);
+  }
   return bytes;
 }
 
-const LAST_32_BIT_SHIFT = 21; // three bytes and this one still fit into 28 bits
+const BITS_OF_SMALL = 28; // four bytes of seven bits, which bit operations take
 
 /// Reads one number after the other, and can pause between them.
 export class PackedReader {
@@ -59,28 +57,34 @@ export class PackedReader {
   }
 
   /// The next numbers into `target`, from index `begin` up to `end`.
-  read(target: Float64Array | Uint8Array, begin: number, end: number): void {
+  read(target: Float64Array, begin: number, end: number): void {
     const { bytes, scale } = this;
     let at = this.at;
     let whole = this.whole;
     for (let row = begin; row < end; ++row) {
-      let zigzag = 0;
-      let shift = 0;
-      let byte = 0x80;
-      while (byte >= 0x80) {
-        if (at === bytes.length) {
-          throw new Error(`a column ends after ${row} rows`);
-        }
-        byte = bytes[at]!;
-        at += 1;
-        // Bit operations have 32 bits; a difference may have 53.
-        zigzag =
-          shift <= LAST_32_BIT_SHIFT
-            ? zigzag | ((byte & 0x7f) << shift)
-            : zigzag + (byte & 0x7f) * 2 ** shift;
+      let byte = bytes[at++];
+      let small = byte! & 0x7f;
+      let shift = 7;
+      while (byte! >= 0x80 && shift < BITS_OF_SMALL) {
+        byte = bytes[at++];
+        small |= (byte! & 0x7f) << shift;
         shift += 7;
       }
-      whole += zigzag % 2 === 0 ? zigzag / 2 : -(zigzag + 1) / 2;
+      if (byte! < 0x80) {
+        whole += (small >>> 1) ^ -(small & 1);
+      } else {
+        // A difference may have 53 bits, bit operations have 32.
+        let large = small;
+        while (byte! >= 0x80) {
+          byte = bytes[at++];
+          large += (byte! & 0x7f) * 2 ** shift;
+          shift += 7;
+        }
+        whole += large % 2 === 0 ? large / 2 : -(large + 1) / 2;
+      }
+      if (at > bytes.length) {
+        throw new Error(`a column ends after ${row} rows`);
+      }
       target[row] = whole / scale;
     }
     this.at = at;

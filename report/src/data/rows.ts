@@ -41,13 +41,14 @@ export async function decodeRows(
   let since = now();
   const decimals: Record<string, number> = {};
 
-  async function decode<T extends Float64Array | Uint8Array>(name: string, target: T): Promise<T> {
+  async function numbers(name: string): Promise<Float64Array> {
     const column = data.columns[name];
     if (column === undefined) {
       throw new Error(`the column "${name}" is missing`);
     }
     decimals[name] = column.decimals;
     const reader = new PackedReader(column);
+    const target = new Float64Array(count);
     for (let row = 0; row < count; row += ROWS_A_TURN) {
       reader.read(target, row, Math.min(row + ROWS_A_TURN, count));
       if (now() - since > MILLISECONDS_A_TURN) {
@@ -62,7 +63,6 @@ export async function decodeRows(
     done += 1;
     return target;
   }
-  const numbers = (name: string): Promise<Float64Array> => decode(name, new Float64Array(count));
 
   const joints: Float64Array[] = [];
   for (let i = 0; i < data.axes.length; ++i) {
@@ -76,7 +76,7 @@ export async function decodeRows(
     direction: [await numbers('i'), await numbers('j'), await numbers('k')],
     point: await numbers('point'),
     line: await numbers('line'),
-    flags: await decode('flags', new Uint8Array(count)),
+    flags: Uint8Array.from(await numbers('flags')),
     branch: await numbers('branch'),
     positionError: await numbers('positionError'),
     directionError: await numbers('directionError'),

@@ -6,6 +6,7 @@ import { statSync, writeFileSync } from 'node:fs';
 import type { Browser, Page } from 'playwright-core';
 import type { ReportData, RunData } from '../../src/data/contract.ts';
 import { openBrowser, openPage } from '../support/browser.ts';
+import { longRun } from '../support/synthetic.ts';
 import { SAMPLES, artefact, pack, readData, solve, view, withData } from '../support/samples.ts';
 
 let browser: Browser;
@@ -338,25 +339,9 @@ test('data that this page does not know, and rows that there are none of', async
 });
 
 test('a long run opens at once and scrubs', async () => {
-  // The path over and over, a hundred thousand rows: long enough to fall behind if anything is made for
-  // each row.
+  // Long enough to fall behind if anything is made for each row.
   const count = 100_000;
-  const turns = Float64Array.from({ length: count }, (_, k) => k * 3.6);
-  const wave = (scale: number, speed: number): Float64Array => turns.map((t) => scale * Math.sin((t * speed * Math.PI) / 180));
-  const still = new Float64Array(count);
-  const { columns } = run.rows;
-  const decimals = (name: string): number => columns[name]!.decimals;
-  const made: Record<string, Float64Array> = {
-    joint0: wave(50, 1), joint1: wave(50, 0.3), joint2: wave(40, 0.01).map((z) => z - 200), joint3: still, joint4: turns,
-    x: wave(50, 1), y: wave(50, 0.3), z: wave(40, 0.01), i: still, j: still, k: still.map(() => 1),
-    point: Float64Array.from(still, (_, k) => k), line: Float64Array.from(still, (_, k) => k + 5),
-    flags: still, branch: still, positionError: still, directionError: still, feed: still.map(() => 1000),
-  };
-  const packed = Object.fromEntries(Object.keys(columns).map((name) => [name, pack(made[name]!, decimals(name))]));
-  const report: ReportData = {
-    ...data,
-    run: { ...run, events: [], operations: [run.operations[0]!], rows: { ...run.rows, count, columns: packed } },
-  };
+  const report = longRun(data, count);
   const path = withData(file, 'long', report);
   assert.ok(statSync(path).size < 8_000_000, `${statSync(path).size} bytes`);
   const { page, complaints } = await openPage(browser, path);
