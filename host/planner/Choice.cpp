@@ -138,11 +138,23 @@ Passage MotionRules::PassageOn(WayKind kind, const MotionState& from, const Moti
     return isSameBranch ? Passage::Rewind : Passage::Flip;
 }
 
-bool MotionRules::IsRefused(Passage passage) const
+/// The axes turn back before the tool goes on: to where they stand at `from` on the turns of `to`.
+bool MotionRules::HasRoomToTurnBack(const MotionState& from, const MotionState& to) const
+{
+    return std::all_of(rotary.begin(), rotary.end(), [&](const RotaryAxis& axis) {
+        return !axis.countsTurns ||
+               IsWithinLimits(*place.Axes()[axis.index],
+                              NearestImage(from.joints[axis.index], to.joints[axis.index]));
+    });
+}
+
+bool MotionRules::IsRefused(Passage passage, const MotionState& from, const MotionState& to) const
 {
     const PlanOptions& options = place.Options();
-    return (passage == Passage::Rewind && options.rewind == RetractPolicy::Refuse) ||
-           (passage == Passage::Flip && options.branchChange == RetractPolicy::Refuse);
+    if (passage == Passage::Rewind) {
+        return options.rewind == RetractPolicy::Refuse || !HasRoomToTurnBack(from, to);
+    }
+    return passage == Passage::Flip && options.branchChange == RetractPolicy::Refuse;
 }
 
 double MotionRules::TravelCost(const Way& way, const JointValues& start,
@@ -220,7 +232,7 @@ void Choice::Run()
                 }
                 const Passage passage = rules.PassageOn(way.kind, before[i], state, continued);
                 MotionCost cost = costsBefore[i];
-                cost.refused += rules.IsRefused(passage) ? 1U : 0U;
+                cost.refused += rules.IsRefused(passage, before[i], state) ? 1U : 0U;
                 cost.breaks += passage == Passage::Straight ? 0U : 1U;
                 cost.sum += rules.TravelCost(way, before[i].joints, state.joints);
                 if (parent == kNoParent || cost < best) {

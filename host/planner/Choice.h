@@ -68,7 +68,9 @@ class MotionRules
     /// @param parent the candidate of the point before that the one of `to` continues
     Passage PassageOn(WayKind kind, const MotionState& from, const MotionState& to,
                       int parent) const;
-    bool IsRefused(Passage passage) const;
+    /// Whether the motion breaks off for good: the user does not have it so, or the axes cannot
+    /// turn back while the tool is at `from`.
+    bool IsRefused(Passage passage, const MotionState& from, const MotionState& to) const;
     /// Of a motion between two states, whatever the passage.
     double TravelCost(const Way& way, const JointValues& start, const JointValues& end) const;
     double StandCost(const JointValues& joints) const;
@@ -80,6 +82,7 @@ class MotionRules
         std::size_t index;
         bool countsTurns;
     };
+    bool HasRoomToTurnBack(const MotionState& from, const MotionState& to) const;
     static double Turn(const RotaryAxis& axis, const JointValues& from, const JointValues& to);
     WayKind KindBetween(std::size_t from, std::size_t to) const;
     std::vector<double> Images(std::size_t i, double value) const;

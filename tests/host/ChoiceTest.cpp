@@ -702,6 +702,24 @@ TEST(Choice, PullsBackTwiceRatherThanGivingUpOnce)
     }
 }
 
+TEST(Choice, TurnsBackNoFartherThanThereIsRoomForWhereTheToolStands)
+{
+    // 1400 degrees in one cut by steps of 40, C at 10 more than whole steps: from -350 it goes up
+    // to 330. Two turns back from there would be -390, so it takes one, to -30, and at 330 another:
+    // 33 steps, and two that cost a turn less a step.
+    PathText path;
+    path.To({10, 0, 0}, ForTable(20, 10), kRapid);
+    Wind(path, 20, 10, 1410, 40);
+    PlanRig rig = TableRig(kTiltsOneWay, "limits = [-360, 360]", path);
+    rig.options.start = host::StartPolicy::Free;
+    rig.options.rewind = host::RetractPolicy::Retract;
+    const Chosen chosen(rig);
+    EXPECT_EQ(chosen->Cost().breaks, 2U);
+    EXPECT_EQ(chosen->Cost().refused, 0U);
+    EXPECT_NEAR(Cost_deg(chosen), 33 * 40 + 2 * 320, 1e-6);
+    EXPECT_EQ(rig.Plan().NumFailed(), 0U);
+}
+
 // Axes with many turns -----------------------------------------------------------------------
 
 TEST(Choice, StartsNextToHomeOnAnAxisWithManyTurns)
