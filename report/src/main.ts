@@ -1,6 +1,6 @@
-import { startApp } from './app.ts';
+import { startApp } from './app/startApp.ts';
 import { FORMAT, type ReportData } from './data/contract.ts';
-import { byId, element } from './ui/dom.ts';
+import { byId, element } from './base/dom.ts';
 
 function readData(): ReportData {
   const holder = byId('trunnion-data');

@@ -6,12 +6,6 @@ export function byRow(events: readonly EventData[]): EventData[] {
 }
 
 /// The event whose row comes next after `row`, or before it for a step of -1.
-export function neighbour(
-  ordered: readonly EventData[],
-  row: number,
-  step: 1 | -1,
-): EventData | undefined {
-  return step === 1
-    ? ordered.find((event) => event.row > row)
-    : ordered.findLast((event) => event.row < row);
+export function neighbour(ordered: readonly EventData[], row: number, step: 1 | -1): EventData | undefined {
+  return step === 1 ? ordered.find((event) => event.row > row) : ordered.findLast((event) => event.row < row);
 }

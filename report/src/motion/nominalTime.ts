@@ -17,16 +17,10 @@ export function nominalRates(lengthUnit: string): NominalRates {
 }
 
 /// In seconds from the first row.
-export function nominalTimes(
-  rows: Rows,
-  axes: readonly AxisData[],
-  rates: NominalRates,
-): Float64Array {
+export function nominalTimes(rows: Rows, axes: readonly AxisData[], rates: NominalRates): Float64Array {
   const times = new Float64Array(rows.count);
   const [x, y, z] = rows.position;
-  const rateOf = rows.axes.map((axis) =>
-    axes[axis]!.type === 'linear' ? rates.linear : rates.rotary,
-  );
+  const rateOf = rows.axes.map((axis) => (axes[axis]!.type === 'linear' ? rates.linear : rates.rotary));
   for (let row = 1; row < rows.count; ++row) {
     let minutes = 0;
     for (let column = 0; column < rateOf.length; ++column) {

@@ -2,9 +2,9 @@
 
 import uPlot from 'uplot';
 import type { AxisData, EventData } from '../data/contract.ts';
-import { axisColor, EVENT_COLORS, type Theme } from '../scene/palette.ts';
-import { element, setText } from '../ui/dom.ts';
-import { limitsText, short } from '../ui/format.ts';
+import { axisColor, EVENT_COLORS, type Theme } from '../base/palette.ts';
+import { element, setText } from '../base/dom.ts';
+import { limitsText, short } from '../base/format.ts';
 import { decimate } from './decimate.ts';
 
 export const LEFT = 58; // of the plots, for their scales [px]
@@ -196,8 +196,7 @@ export class AxisPlot {
     const { ctx } = plot;
     const { left, top, width, height } = plot.bbox;
     const ink = INK[this.shared.theme];
-    const px = (x: number): number =>
-      Math.min(Math.max(plot.valToPos(x, 'x', true), left), left + width);
+    const px = (x: number): number => Math.min(Math.max(plot.valToPos(x, 'x', true), left), left + width);
     ctx.save();
     for (const [spans, color] of [
       [this.shared.rapids, ink.rapid],

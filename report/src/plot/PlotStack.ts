@@ -3,10 +3,10 @@
 import { Flag, type EventData, type MachineData } from '../data/contract.ts';
 import type { Rows } from '../data/rows.ts';
 import { lowerBound } from '../motion/search.ts';
-import { EVENT_COLORS, type Theme } from '../scene/palette.ts';
-import type { Timeline } from '../store.ts';
-import { element, EVENT_SHAPES } from '../ui/dom.ts';
-import { EVENT_TITLES } from '../ui/EventList.ts';
+import { EVENT_COLORS, type Theme } from '../base/palette.ts';
+import type { Timeline } from '../motion/Timeline.ts';
+import { element } from '../base/dom.ts';
+import { EVENT_SHAPES, EVENT_TITLES } from '../base/eventMarks.ts';
 import { AxisPlot, LEFT, RIGHT, type Shared } from './AxisPlot.ts';
 import { flaggedSpans, pixelBounds } from './decimate.ts';
 
@@ -67,7 +67,8 @@ export class PlotStack {
 
   private sharedFor(abscissa: Abscissa, theme: Theme): Shared {
     const { rows, timeline } = this;
-    const x = abscissa === 'time' ? timeline.times : Float64Array.from({ length: rows.count }, (_, i) => i + 1);
+    const x =
+      abscissa === 'time' ? timeline.times : Float64Array.from({ length: rows.count }, (_, i) => i + 1);
     return {
       x,
       from: x[0]!,
@@ -116,8 +117,7 @@ export class PlotStack {
     const { shared } = this;
     const pixels = Math.max(Math.round(this.innerWidth() * devicePixelRatio), 1);
     shared.bounds = pixelBounds(shared.x, shared.from, shared.to, pixels);
-    const spans = (flag: number): number[] =>
-      flaggedSpans(shared.x, this.rows.flags, flag, shared.bounds);
+    const spans = (flag: number): number[] => flaggedSpans(shared.x, this.rows.flags, flag, shared.bounds);
     shared.rapids = spans(Flag.rapid);
     shared.failed = spans(Flag.failed);
     this.plots.forEach((plot) => plot.update());

@@ -4,12 +4,7 @@ import { lowerBound } from '../motion/search.ts';
 
 /// For each pixel of [from, to] the rows whose x falls on it, as `pixels + 1` bounds; one row more on
 /// either side belongs to the first and the last, so that lines go on to the edges.
-export function pixelBounds(
-  x: Float64Array,
-  from: number,
-  to: number,
-  pixels: number,
-): Uint32Array {
+export function pixelBounds(x: Float64Array, from: number, to: number, pixels: number): Uint32Array {
   const bounds = new Uint32Array(pixels + 1);
   for (let pixel = 0; pixel <= pixels; ++pixel) {
     bounds[pixel] = lowerBound(x, from + ((to - from) * pixel) / pixels);

@@ -33,7 +33,7 @@ import { compose, inverse, translation, type Transform } from '../motion/transfo
 import type { Label } from './labels.ts';
 import type { Layout } from './layout.ts';
 import { AxisDrawing, CompassDrawing, MountDrawing, placed } from './marks.ts';
-import { SCENE, type ScenePalette, type Theme } from './palette.ts';
+import { SCENE, type ScenePalette, type Theme } from '../base/palette.ts';
 import { PathDrawing } from './PathDrawing.ts';
 import { pathLines, type Stretch } from './pathLines.ts';
 import { matrixOf, meshOf } from './shapes.ts';
@@ -149,8 +149,7 @@ export class MachineView {
   }
 
   show(stance: Stance): void {
-    const hasNewTool =
-      this.stance?.place !== stance.place || this.stance.toolLength !== stance.toolLength;
+    const hasNewTool = this.stance?.place !== stance.place || this.stance.toolLength !== stance.toolLength;
     this.stance = stance;
     if (hasNewTool) {
       this.seatTool(stance.place, stance.toolLength);
@@ -220,12 +219,10 @@ export class MachineView {
     const sphere = (isClose ? this.workBox() : this.machineBox()).getBoundingSphere(new Sphere());
     const narrow = Math.min(1, this.camera.aspect);
     const half = Math.atan(Math.tan((FIELD_OF_VIEW / 2) * (Math.PI / 180)) * narrow);
-    const distance = (Math.max(sphere.radius, this.layout.size * 0.2) * (isClose ? 1.12 : 0.95)) / Math.sin(half);
+    const distance =
+      (Math.max(sphere.radius, this.layout.size * 0.2) * (isClose ? 1.12 : 0.95)) / Math.sin(half);
     this.controls.target.copy(sphere.center);
-    this.camera.position
-      .copy(this.directionOf(this.side))
-      .multiplyScalar(distance)
-      .add(sphere.center);
+    this.camera.position.copy(this.directionOf(this.side)).multiplyScalar(distance).add(sphere.center);
     this.camera.near = distance / 100;
     this.camera.far = distance * 20;
     this.camera.updateProjectionMatrix();
@@ -248,7 +245,10 @@ export class MachineView {
   }
 
   zoom(by: number): void {
-    this.camera.position.sub(this.controls.target).multiplyScalar(1 / by).add(this.controls.target);
+    this.camera.position
+      .sub(this.controls.target)
+      .multiplyScalar(1 / by)
+      .add(this.controls.target);
     this.controls.update();
   }
 
@@ -259,9 +259,7 @@ export class MachineView {
     }
     const at = new Vector2(x, y);
     const { width, height } = this.size();
-    const toPixels = new Matrix4()
-      .makeScale(width / 2, -height / 2, 1)
-      .setPosition(width / 2, height / 2, 0);
+    const toPixels = new Matrix4().makeScale(width / 2, -height / 2, 1).setPosition(width / 2, height / 2, 0);
     let best: { row: number; distance: number } | null = null;
     for (const { drawing } of this.paths.filter((path) => path.drawing.group.visible)) {
       const toScreen = toPixels
@@ -372,12 +370,7 @@ export class MachineView {
     return group;
   }
 
-  private markFailures(
-    rows: Rows,
-    stretch: Stretch,
-    failures: readonly EventData[],
-    holder: Group,
-  ): void {
+  private markFailures(rows: Rows, stretch: Stretch, failures: readonly EventData[], holder: Group): void {
     const inside = failures.filter((one) => one.row >= stretch.begin && one.row < stretch.end);
     if (inside.length === 0) {
       return;
@@ -427,9 +420,7 @@ export class MachineView {
   private machineBox(): Box3 {
     const box = new Box3();
     for (const group of [this.baseGroup, ...this.bodyGroups]) {
-      group.children
-        .filter((child) => child instanceof Mesh)
-        .forEach((child) => box.expandByObject(child));
+      group.children.filter((child) => child instanceof Mesh).forEach((child) => box.expandByObject(child));
     }
     return box.isEmpty() ? this.workBox() : box;
   }

@@ -9,7 +9,7 @@ import {
   Matrix4,
   type Vector2Like,
 } from 'three';
-import type { ScenePalette } from './palette.ts';
+import type { ScenePalette } from '../base/palette.ts';
 import { countUpTo, type PathLines, type Segments } from './pathLines.ts';
 
 export interface Picked {

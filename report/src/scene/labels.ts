@@ -1,7 +1,7 @@
 /// Names in the drawing, always of the same size on the screen.
 
 import { CanvasTexture, LinearFilter, Sprite, SpriteMaterial, SRGBColorSpace } from 'three';
-import type { ScenePalette } from './palette.ts';
+import type { ScenePalette } from '../base/palette.ts';
 
 const FONT_SIZE = 15; // [CSS px]
 const LONGEST = 28;

@@ -194,9 +194,7 @@ class LayoutBuilder {
 
   private linear(stack: Stack, index: number): Stack {
     const { direction } = this.machine.axes[index]!;
-    return Math.abs(dot(direction, stack.out)) > 0.7
-      ? this.ram(stack, index)
-      : this.carriage(stack, index);
+    return Math.abs(dot(direction, stack.out)) > 0.7 ? this.ram(stack, index) : this.carriage(stack, index);
   }
 
   /// Rails on the carrying body, to either side of what moves, and blocks on them.
@@ -496,9 +494,6 @@ function machineSize(machine: MachineData, extents: ReadonlyMap<string, PathExte
   return Math.max(Math.hypot(...spans), ...travels) || 100;
 }
 
-export function layoutMachine(
-  machine: MachineData,
-  extents: ReadonlyMap<string, PathExtent>,
-): Layout {
+export function layoutMachine(machine: MachineData, extents: ReadonlyMap<string, PathExtent>): Layout {
   return new LayoutBuilder(machine, extents).build();
 }

@@ -18,7 +18,7 @@ import type { AxisData, MountData, Triple } from '../data/contract.ts';
 import { add, cross, scaled } from '../motion/transform.ts';
 import type { AxisMark, Compass } from './layout.ts';
 import { Label } from './labels.ts';
-import { axisColor, type Theme } from './palette.ts';
+import { axisColor, type Theme } from '../base/palette.ts';
 
 const vector = (t: Triple): Vector3 => new Vector3(t[0], t[1], t[2]);
 
@@ -60,7 +60,11 @@ export class AxisDrawing {
     const head = size * 0.05;
     const along = mark.high - mark.low + head;
     this.onCarrier.add(
-      this.along(new CylinderGeometry(thin, thin, along, 12), at((mark.low + mark.high + head) / 2), direction),
+      this.along(
+        new CylinderGeometry(thin, thin, along, 12),
+        at((mark.low + mark.high + head) / 2),
+        direction,
+      ),
       this.along(new ConeGeometry(thin * 4, head, 20), at(mark.high + head * 1.5), direction),
       this.along(new CylinderGeometry(thin * 3.5, thin * 3.5, thin, 20), at(mark.low), direction),
     );

@@ -14,10 +14,22 @@ export function matrixOf(t: Transform, into = new Matrix4()): Matrix4 {
   const r = t.rotation;
   const p = t.translation;
   return into.set(
-    r[0]!, r[1]!, r[2]!, p[0],
-    r[3]!, r[4]!, r[5]!, p[1],
-    r[6]!, r[7]!, r[8]!, p[2],
-    0, 0, 0, 1,
+    r[0]!,
+    r[1]!,
+    r[2]!,
+    p[0],
+    r[3]!,
+    r[4]!,
+    r[5]!,
+    p[1],
+    r[6]!,
+    r[7]!,
+    r[8]!,
+    p[2],
+    0,
+    0,
+    0,
+    1,
   );
 }
 

@@ -1,20 +1,13 @@
 /// The events of the run, each a button that leads there.
 
 import { EVENT_KINDS, type EventData, type EventKind } from '../data/contract.ts';
-import type { Timeline } from '../store.ts';
-import { element, eventIcon, setText } from './dom.ts';
+import type { Timeline } from '../motion/Timeline.ts';
+import { element, setText } from '../base/dom.ts';
+import { EVENT_TITLES, eventIcon } from '../base/eventMarks.ts';
 import { VirtualList } from './VirtualList.ts';
 
 const ROW_HEIGHT = 44;
 const TALLEST = 340;
-
-export const EVENT_TITLES: Readonly<Record<EventKind, string>> = {
-  failed: 'not reached',
-  limit: 'at a limit',
-  pole: 'at the pole',
-  flip: 'change of branch',
-  rewind: 'turned back',
-};
 
 export class EventList {
   private readonly list: VirtualList;

@@ -2,8 +2,8 @@
 
 import type { AxisData, MachineData } from '../data/contract.ts';
 import type { Kinematics, Workplace } from '../motion/kinematics.ts';
-import { button, element, setText } from './dom.ts';
-import { exact, limitsText } from './format.ts';
+import { button, element, setText } from '../base/dom.ts';
+import { exact, limitsText } from '../base/format.ts';
 
 export interface Jogged {
   readonly values: readonly number[];

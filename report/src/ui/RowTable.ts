@@ -2,9 +2,9 @@
 
 import { flagText, Flag, type MachineData } from '../data/contract.ts';
 import type { Rows } from '../data/rows.ts';
-import type { Timeline } from '../store.ts';
-import { element, setText } from './dom.ts';
-import { exact, short, small } from './format.ts';
+import type { Timeline } from '../motion/Timeline.ts';
+import { element, setText } from '../base/dom.ts';
+import { exact, short, small } from '../base/format.ts';
 import { VirtualList } from './VirtualList.ts';
 
 interface Column {
@@ -114,12 +114,7 @@ function columnsOf(machine: MachineData, rows: Rows): Column[] {
   ];
 }
 
-function column(
-  head: string,
-  unit: string,
-  values: Float64Array,
-  text: (value: number) => string,
-): Column {
+function column(head: string, unit: string, values: Float64Array, text: (value: number) => string): Column {
   let low = 0;
   let high = 0;
   for (let row = 1; row < values.length; ++row) {

@@ -1,6 +1,6 @@
 /// Light or dark: as the system has it, until somebody chooses.
 
-import type { Theme } from '../scene/palette.ts';
+import type { Theme } from '../base/palette.ts';
 
 export class ThemeSwitch {
   private readonly system = window.matchMedia('(prefers-color-scheme: dark)');

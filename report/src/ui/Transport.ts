@@ -2,9 +2,9 @@
 
 import type { Playback } from '../motion/playback.ts';
 import { SPEEDS, timeAt } from '../motion/playback.ts';
-import type { Timeline } from '../store.ts';
-import { controlIcon, element, iconButton, setText } from './dom.ts';
-import { clock, count } from './format.ts';
+import type { Timeline } from '../motion/Timeline.ts';
+import { controlIcon, element, iconButton, setText } from '../base/dom.ts';
+import { clock, count } from '../base/format.ts';
 
 export interface TransportActions {
   playOrPause(): void;

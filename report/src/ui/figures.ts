@@ -1,8 +1,8 @@
 /// What came of the run, in figures.
 
 import type { MachineData, ReportData, RunData, WorstError } from '../data/contract.ts';
-import { element } from './dom.ts';
-import { count, limitsText, short, small } from './format.ts';
+import { element } from '../base/dom.ts';
+import { count, limitsText, short, small } from '../base/format.ts';
 
 type Entry = readonly [string, string | Node];
 
@@ -26,10 +26,7 @@ export function machineFigures(report: ReportData): HTMLElement[] {
       ['SHA-256', code(machine.sha256)],
       ['lengths in', machine.lengthUnit],
       ['mounts', machine.mounts.map((mount) => `${mount.name} (${mount.kind})`).join(', ')],
-      [
-        'streams',
-        machine.streams.map((one) => `${one.id}: ${one.tool} on ${one.part}`).join('; '),
-      ],
+      ['streams', machine.streams.map((one) => `${one.id}: ${one.tool} on ${one.part}`).join('; ')],
       ['program', `trunnion ${report.version}`],
     ]),
   ];
@@ -126,8 +123,7 @@ function bar(
   const span = Math.max(reached[1] - reached[0], 1e-9);
   const low = limits[0] ?? Math.min(reached[0] - span * 0.1, (limits[1] ?? Infinity) - span);
   const high = limits[1] ?? Math.max(reached[1] + span * 0.1, low + span);
-  const share = (value: number): number =>
-    Math.min(Math.max((value - low) / (high - low || 1), 0), 1);
+  const share = (value: number): number => Math.min(Math.max((value - low) / (high - low || 1), 0), 1);
   const from = share(reached[0]);
   const to = share(reached[1]);
   const used = element('i');
@@ -136,8 +132,7 @@ function bar(
   made.append(used);
   made.classList.toggle('open-low', limits[0] === null);
   made.classList.toggle('open-high', limits[1] === null);
-  const isAtEnd =
-    (limits[0] !== null && from < NEARLY) || (limits[1] !== null && to > 1 - NEARLY);
+  const isAtEnd = (limits[0] !== null && from < NEARLY) || (limits[1] !== null && to > 1 - NEARLY);
   made.classList.toggle('at-end', isAtEnd);
   return made;
 }

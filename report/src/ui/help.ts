@@ -1,4 +1,4 @@
-import { button, element } from './dom.ts';
+import { button, element } from '../base/dom.ts';
 
 const RUN_KEYS: readonly (readonly [string, string])[] = [
   ['Space', 'play or pause'],

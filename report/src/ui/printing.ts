@@ -2,8 +2,8 @@
 
 import type { EventData } from '../data/contract.ts';
 import type { MachineView } from '../scene/MachineView.ts';
-import { byId, element } from './dom.ts';
-import { EVENT_TITLES } from './EventList.ts';
+import { byId, element } from '../base/dom.ts';
+import { EVENT_TITLES } from '../base/eventMarks.ts';
 import type { ThemeSwitch } from './ThemeSwitch.ts';
 
 const MOST_EVENTS = 300;
@@ -35,7 +35,11 @@ function listEvents(events: readonly EventData[]): void {
   const entries = events
     .slice(0, MOST_EVENTS)
     .map((event) =>
-      element('li', {}, `${EVENT_TITLES[event.kind]}, line ${event.line}, row ${event.row + 1}: ${event.sentence}`),
+      element(
+        'li',
+        {},
+        `${EVENT_TITLES[event.kind]}, line ${event.line}, row ${event.row + 1}: ${event.sentence}`,
+      ),
     );
   if (events.length > MOST_EVENTS) {
     entries.push(element('li', {}, `and ${events.length - MOST_EVENTS} more`));

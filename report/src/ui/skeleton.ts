@@ -2,8 +2,8 @@
 
 import type { ReportData, RunData } from '../data/contract.ts';
 import type { EventData } from '../data/contract.ts';
-import { byId, element } from './dom.ts';
-import { count } from './format.ts';
+import { byId, element } from '../base/dom.ts';
+import { count } from '../base/format.ts';
 
 function section(id: string, title: string, ...children: Node[]): HTMLElement {
   const heading = element('h2', { id: `${id}-title` }, title);
@@ -23,12 +23,7 @@ export function buildHeader(report: ReportData): void {
       ? `machine, ${machine.axes.length} axes`
       : `${fileName(run.toolpath.file)} on ${fileName(machine.file)}`;
   byId('header').append(
-    element(
-      'div',
-      { class: 'title' },
-      element('h1', {}, machine.name),
-      element('p', {}, what),
-    ),
+    element('div', { class: 'title' }, element('h1', {}, machine.name), element('p', {}, what)),
     ...(run === null ? [] : [verdict(run)]),
     element('div', { class: 'tools', id: 'header-tools' }),
   );
@@ -49,7 +44,11 @@ export function hasFailed(run: RunData): boolean {
 function verdict(run: RunData): HTMLElement {
   const { counts } = run;
   return hasFailed(run)
-    ? element('p', { class: 'verdict bad' }, `Failed: ${count(counts.failed)} of ${count(counts.points)} points not reached`)
+    ? element(
+        'p',
+        { class: 'verdict bad' },
+        `Failed: ${count(counts.failed)} of ${count(counts.points)} points not reached`,
+      )
     : element('p', { class: 'verdict good' }, `All ${count(counts.points)} points reached`);
 }
 
@@ -108,7 +107,11 @@ export function buildSections(report: ReportData): void {
     element('ol', { id: 'events-print' }),
   );
   const rows = section('rows', 'Rows', element('div', { id: 'rows-body', tabindex: '0' }));
-  main.append(element('div', { class: 'columns' }, view, plots), element('div', { class: 'columns lists' }, events, rows), figures);
+  main.append(
+    element('div', { class: 'columns' }, view, plots),
+    element('div', { class: 'columns lists' }, events, rows),
+    figures,
+  );
 }
 
 function legend(hasPath: boolean): HTMLElement {

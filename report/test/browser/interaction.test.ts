@@ -207,12 +207,13 @@ test('on a narrow screen nothing has to be scrolled sideways, in the dark as wel
     assert.ok(wide <= 390, `${wide}`);
     await page.screenshot({ path: artefact(`${name}.png`), fullPage: true });
     assert.deepEqual(complaints, []);
-    }
+  }
 });
 
 test('dark where the system is dark, and as somebody chooses', async () => {
   const { page, complaints } = await openPage(browser, file, { colorScheme: 'dark' });
-  const background = (): Promise<string> => page.evaluate(() => getComputedStyle(document.body).backgroundColor);
+  const background = (): Promise<string> =>
+    page.evaluate(() => getComputedStyle(document.body).backgroundColor);
   const brightness = async (): Promise<number> => Number(/rgb\((\d+)/.exec(await background())![1]);
   assert.ok((await brightness()) < 60);
   await page.screenshot({ path: artefact('dark.png') });
@@ -250,7 +251,10 @@ test('a run that failed says so first, and where', async () => {
   const failures = readData(failed).run!.events.filter(({ kind }) => kind === 'failed');
   const { page, complaints } = await openPage(browser, failed);
   const banner = page.locator('#failures');
-  assert.match((await banner.locator('h2').textContent())!, /This run failed: [\d\u202f]+ of 1\u202f384 points are not reached/);
+  assert.match(
+    (await banner.locator('h2').textContent())!,
+    /This run failed: [\d\u202f]+ of 1\u202f384 points are not reached/,
+  );
   assert.ok((await banner.boundingBox())!.y < 200);
   const first = failures[0]!;
   const text = (await banner.textContent())!;
@@ -332,7 +336,10 @@ test('data that this page does not know, and rows that there are none of', async
 
   const columns = Object.fromEntries(Object.keys(run.rows.columns).map((name) => [name, pack([], 0)]));
   const none = { ...run, rows: { ...run.rows, count: 0, columns }, events: [], operations: [] };
-  const { page: empty, complaints } = await openPage(browser, withData(file, 'empty', { ...data, run: none }));
+  const { page: empty, complaints } = await openPage(
+    browser,
+    withData(file, 'empty', { ...data, run: none }),
+  );
   assert.equal(await empty.locator('#jog').count(), 1);
   assert.ok((await empty.textContent('#figures'))!.includes(run.toolpath.sha256));
   assert.deepEqual(complaints, []);

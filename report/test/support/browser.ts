@@ -33,11 +33,7 @@ export interface Opened {
   readonly complaints: string[]; // of the console, of scripts, and requests that leave the file
 }
 
-export async function openPage(
-  browser: Browser,
-  file: string,
-  options: OpenOptions = {},
-): Promise<Opened> {
+export async function openPage(browser: Browser, file: string, options: OpenOptions = {}): Promise<Opened> {
   const context = await browser.newContext({
     viewport: { width: options.width ?? 1280, height: options.height ?? 800 },
     colorScheme: options.colorScheme ?? 'light',

@@ -64,7 +64,10 @@ export function artefact(name: string): string {
 export function solve(name: string, sampleOf: Omit<Sample, 'name'>, exitCode = 0): string {
   const file = artefact(`${name}.html`);
   const { machine, toolpath, more } = sampleOf;
-  run(['solve', machine, toolpath, '-o', artefact(`${name}.csv`), '--report', file, '--quiet', ...more], exitCode);
+  run(
+    ['solve', machine, toolpath, '-o', artefact(`${name}.csv`), '--report', file, '--quiet', ...more],
+    exitCode,
+  );
   return file;
 }
 

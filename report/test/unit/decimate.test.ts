@@ -29,7 +29,10 @@ test('a single peak among a million rows is not lost', () => {
   assert.ok(kept.x.length <= 2000);
   assert.equal(kept.y[kept.x.indexOf(654_321)], 1);
   assert.equal(kept.y[kept.x.indexOf(123_456)], -1);
-  assert.equal(kept.y.reduce((sum, value) => sum + value, 0), 0);
+  assert.equal(
+    kept.y.reduce((sum, value) => sum + value, 0),
+    0,
+  );
 });
 
 test('rows at the same x are all looked at', () => {

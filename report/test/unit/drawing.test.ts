@@ -3,7 +3,7 @@ import { test } from 'node:test';
 import type { Rows } from '../../src/data/rows.ts';
 import { layoutMachine } from '../../src/scene/layout.ts';
 import { countUpTo, pathLines } from '../../src/scene/pathLines.ts';
-import { clock, exact, limitsText, short, small } from '../../src/ui/format.ts';
+import { clock, exact, limitsText, short, small } from '../../src/base/format.ts';
 import { dot } from '../../src/motion/transform.ts';
 import { TRUNNION, axis } from '../support/machines.ts';
 
@@ -32,8 +32,14 @@ test('rapids and cuts are lines of their own, each up to the row that it leads t
   assert.deepEqual([...lines.kept], [0, 1, 2, 3, 4]);
   assert.deepEqual([...lines.rapids.indices], [0, 1, 3, 4]);
   assert.deepEqual([...lines.cuts.indices], [1, 2, 2, 3]);
-  assert.deepEqual([0, 1, 2, 4].map((row) => countUpTo(lines.cuts, row)), [0, 0, 1, 2]);
-  assert.deepEqual([0, 1, 2, 4].map((row) => countUpTo(lines.rapids, row)), [0, 1, 1, 2]);
+  assert.deepEqual(
+    [0, 1, 2, 4].map((row) => countUpTo(lines.cuts, row)),
+    [0, 0, 1, 2],
+  );
+  assert.deepEqual(
+    [0, 1, 2, 4].map((row) => countUpTo(lines.rapids, row)),
+    [0, 1, 1, 2],
+  );
 });
 
 test('rows too near to be seen are left out, but not where a rapid ends', () => {
@@ -62,7 +68,10 @@ test('every axis has its mark, rings at right angles to their axis and over the 
 test('every body has something solid that moves with it, and all of it stands above the floor', () => {
   const layout = layoutMachine(TRUNNION, new Map());
   for (const body of [-1, 0, 1, 2]) {
-    assert.ok(layout.solids.some((solid) => solid.parent === body), `body ${body}`);
+    assert.ok(
+      layout.solids.some((solid) => solid.parent === body),
+      `body ${body}`,
+    );
   }
   assert.ok(layout.solids.every((solid) => solid.origin[2] > layout.floor));
 });
@@ -86,7 +95,10 @@ test('linear axes have arrows at the work, on a body that they do not turn', () 
 });
 
 test('axes that carry no mount are marked as well', () => {
-  const machine = { ...TRUNNION, axes: [...TRUNNION.axes, axis('W', -1, 'linear', [0, 1, 0], [0, 0, 0], [null, 5])] };
+  const machine = {
+    ...TRUNNION,
+    axes: [...TRUNNION.axes, axis('W', -1, 'linear', [0, 1, 0], [0, 0, 0], [null, 5])],
+  };
   const layout = layoutMachine(machine, new Map());
   assert.equal(layout.marks[3]!.high, 5);
   assert.ok(layout.marks[3]!.low < 5);

@@ -2,13 +2,25 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import type { MachineData } from '../../src/data/contract.ts';
 import { Kinematics, motionOf } from '../../src/motion/kinematics.ts';
-import { apply, compose, frame, inverse, normalTo, rotate, rotationAbout, dot } from '../../src/motion/transform.ts';
+import {
+  apply,
+  compose,
+  frame,
+  inverse,
+  normalTo,
+  rotate,
+  rotationAbout,
+  dot,
+} from '../../src/motion/transform.ts';
 import { TRUNNION, axis } from '../support/machines.ts';
 
 function near(actual: readonly number[], expected: readonly number[], tolerance = 1e-12): void {
   assert.equal(actual.length, expected.length);
   actual.forEach((value, k) =>
-    assert.ok(Math.abs(value - expected[k]!) <= tolerance, `${actual.join(', ')} is not ${expected.join(', ')}`),
+    assert.ok(
+      Math.abs(value - expected[k]!) <= tolerance,
+      `${actual.join(', ')} is not ${expected.join(', ')}`,
+    ),
   );
 }
 
@@ -38,7 +50,10 @@ test('a frame, its inverse, and both together', () => {
 });
 
 test('a normal is at right angles even where the preferred direction gives none', () => {
-  for (const preferred of [[0, 0, 2], [1, 0, 3]] as const) {
+  for (const preferred of [
+    [0, 0, 2],
+    [1, 0, 3],
+  ] as const) {
     const normal = normalTo([0, 0, 1], preferred);
     near([dot(normal, [0, 0, 1]), dot(normal, normal)], [0, 1]);
   }

@@ -81,7 +81,22 @@ test('a column that ends too early is refused', () => {
   assert.throws(() => numbers(column([0x80]), 1), /ends after 0 rows/);
 });
 
-const NAMES = ['joint0', 'x', 'y', 'z', 'i', 'j', 'k', 'point', 'line', 'flags', 'branch', 'positionError', 'directionError', 'feed'];
+const NAMES = [
+  'joint0',
+  'x',
+  'y',
+  'z',
+  'i',
+  'j',
+  'k',
+  'point',
+  'line',
+  'flags',
+  'branch',
+  'positionError',
+  'directionError',
+  'feed',
+];
 
 function rowsOf(bytes: readonly number[], count: number) {
   return { count, axes: [3], columns: Object.fromEntries(NAMES.map((name) => [name, column(bytes)])) };
@@ -109,7 +124,10 @@ test('rows: all columns, in slices with pauses between them', async () => {
   // are three for each of the 14 columns.
   assert.equal(pauses, 21);
   assert.equal(shares.length, pauses);
-  assert.deepEqual(shares, [...shares].sort((a, b) => a - b));
+  assert.deepEqual(
+    shares,
+    [...shares].sort((a, b) => a - b),
+  );
 });
 
 test('rows: a column that is missing or too long is named', async () => {

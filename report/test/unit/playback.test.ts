@@ -6,7 +6,7 @@ import { byRow, neighbour } from '../../src/motion/events.ts';
 import { nominalRates, nominalTimes } from '../../src/motion/nominalTime.ts';
 import { Playback, SPEEDS, fittingSpeed, placeAt, timeAt } from '../../src/motion/playback.ts';
 import { lastNotAbove, lowerBound } from '../../src/motion/search.ts';
-import { Timeline } from '../../src/store.ts';
+import { Timeline } from '../../src/motion/Timeline.ts';
 import { axis } from '../support/machines.ts';
 
 const zeros = (count: number): Float64Array => new Float64Array(count);
@@ -33,7 +33,10 @@ function rowsOf(joints: number[][], x: number[], flags: number[], feed: number[]
 test('times follow the feed, rapids the slowest axis at its nominal rate', () => {
   const axes = [axis('X', -1, 'linear', [1, 0, 0]), axis('C', -1, 'rotary', [0, 0, 1])];
   const rows = rowsOf(
-    [[0, 10, 10, 1010], [0, 0, 60, 60]],
+    [
+      [0, 10, 10, 1010],
+      [0, 0, 60, 60],
+    ],
     [0, 10, 10, 1010],
     [0, 0, 0, 1],
     [600, 600, 600, 600],
@@ -41,7 +44,10 @@ test('times follow the feed, rapids the slowest axis at its nominal rate', () =>
   // 10 mm at 600 mm/min are 1 s; 60 degrees at 7200 deg/min, for the tool stands still, 0.5 s; the
   // rapid of 1000 mm at 10000 mm/min 6 s.
   const times = nominalTimes(rows, axes, nominalRates('mm'));
-  assert.deepEqual([...times].map((time) => Number(time.toFixed(9))), [0, 1, 1.5, 7.5]);
+  assert.deepEqual(
+    [...times].map((time) => Number(time.toFixed(9))),
+    [0, 1, 1.5, 7.5],
+  );
 });
 
 test('without a feed the tool goes at a nominal one', () => {
@@ -52,8 +58,14 @@ test('without a feed the tool goes at a nominal one', () => {
 
 test('bounds in ascending numbers, of which some are equal', () => {
   const numbers = [1, 3, 3, 5];
-  assert.deepEqual([0, 1, 3, 4, 6].map((x) => lowerBound(numbers, x)), [0, 0, 1, 3, 4]);
-  assert.deepEqual([0, 1, 3, 4, 6].map((x) => lastNotAbove(numbers, x)), [-1, 0, 2, 2, 3]);
+  assert.deepEqual(
+    [0, 1, 3, 4, 6].map((x) => lowerBound(numbers, x)),
+    [0, 0, 1, 3, 4],
+  );
+  assert.deepEqual(
+    [0, 1, 3, 4, 6].map((x) => lastNotAbove(numbers, x)),
+    [-1, 0, 2, 2, 3],
+  );
 });
 
 test('places between rows and times are each other’s inverse', () => {
@@ -70,7 +82,11 @@ test('places between rows and times are each other’s inverse', () => {
 test('playing follows the clock and its speed, and stops at the end', () => {
   const shown: number[] = [];
   let changes = 0;
-  const playback = new Playback(Float64Array.of(0, 1, 2, 3), (place) => shown.push(place), () => (changes += 1));
+  const playback = new Playback(
+    Float64Array.of(0, 1, 2, 3),
+    (place) => shown.push(place),
+    () => (changes += 1),
+  );
   playback.frame(0);
   assert.deepEqual(shown, []); // it does not play by itself
   playback.play(1);
@@ -91,7 +107,11 @@ test('the speed goes through its steps and stays within them', () => {
   assert.equal(fittingSpeed(30), 1);
   assert.equal(fittingSpeed(100), 2);
   assert.equal(fittingSpeed(1e9), 1000);
-  const playback = new Playback(Float64Array.of(0, 1), () => {}, () => {});
+  const playback = new Playback(
+    Float64Array.of(0, 1),
+    () => {},
+    () => {},
+  );
   playback.faster(1);
   assert.equal(playback.speed, 2);
   playback.faster(-100);
@@ -101,7 +121,10 @@ test('the speed goes through its steps and stays within them', () => {
 test('events before and behind a row', () => {
   const event = (row: number): EventData => ({ kind: 'pole', point: 0, line: row, row, sentence: '' });
   const events = byRow([event(9), event(2), event(5)]);
-  assert.deepEqual(events.map(({ row }) => row), [2, 5, 9]);
+  assert.deepEqual(
+    events.map(({ row }) => row),
+    [2, 5, 9],
+  );
   assert.equal(neighbour(events, 5, 1)?.row, 9);
   assert.equal(neighbour(events, 5, -1)?.row, 2);
   assert.equal(neighbour(events, 4, 1)?.row, 5);

@@ -41,7 +41,7 @@ export function setText(target: Node, text: string): void {
   }
 }
 
-function svgIcon(viewBox: string, className: string, path: string): SVGSVGElement {
+export function svgIcon(viewBox: string, className: string, path: string): SVGSVGElement {
   const space = 'http://www.w3.org/2000/svg';
   const svg = document.createElementNS(space, 'svg');
   svg.setAttribute('viewBox', viewBox);
@@ -52,20 +52,6 @@ function svgIcon(viewBox: string, className: string, path: string): SVGSVGElemen
   svg.append(shape);
   return svg;
 }
-
-/// The shape tells the kind of an event even without its colour.
-export function eventIcon(kind: string): SVGSVGElement {
-  return svgIcon('-6 -6 12 12', `icon event-${kind}`, EVENT_SHAPES[kind] ?? '');
-}
-
-/// Paths about the origin, five units to each side.
-export const EVENT_SHAPES: Readonly<Record<string, string>> = {
-  failed: 'M-5-3-3-5 0-2 3-5 5-3 2 0 5 3 3 5 0 2-3 5-5 3-2 0Z',
-  limit: 'M-4.2-4.2h8.4v8.4h-8.4Z',
-  pole: 'M0-4.8A4.8 4.8 0 1 1 0 4.8 4.8 4.8 0 1 1 0-4.8Z',
-  flip: 'M0-5 5 4.2-5 4.2Z',
-  rewind: 'M0-5.4 5.4 0 0 5.4-5.4 0Z',
-};
 
 export type ControlIcon = keyof typeof CONTROL_SHAPES;
 

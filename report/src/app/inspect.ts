@@ -1,10 +1,10 @@
 /// What the page tells about itself to tests and to those who look into it: window.trunnion.
 
-import { Flag } from './data/contract.ts';
-import type { Rows } from './data/rows.ts';
-import type { Kinematics } from './motion/kinematics.ts';
-import type { DrawnThing } from './scene/MachineView.ts';
-import type { Stretches } from './scene/stretches.ts';
+import { Flag } from '../data/contract.ts';
+import type { Rows } from '../data/rows.ts';
+import type { Kinematics } from '../motion/kinematics.ts';
+import type { DrawnThing } from '../scene/MachineView.ts';
+import type { Stretches } from '../scene/stretches.ts';
 
 /// How far the page's own kinematics are from what a column says.
 export interface PoseComparison {
@@ -35,11 +35,7 @@ declare global {
   }
 }
 
-export function comparePoses(
-  kinematics: Kinematics,
-  rows: Rows,
-  stretches: Stretches,
-): PoseComparison {
+export function comparePoses(kinematics: Kinematics, rows: Rows, stretches: Stretches): PoseComparison {
   const values = kinematics.initialValues();
   let compared = 0;
   let position = 0;
