@@ -46,9 +46,9 @@ add_custom_command(OUTPUT ${page}
 # The assembler takes the file as it is, at once; a compiler would take seconds for an array of it.
 enable_language(ASM)
 set(TRUNNION_REPORT_PAGE ${page})
-configure_file(app/ReportPage.s.in ${CMAKE_CURRENT_BINARY_DIR}/ReportPage.s @ONLY)
-set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/ReportPage.s PROPERTIES
+configure_file(app/ReportPage.S.in ${CMAKE_CURRENT_BINARY_DIR}/ReportPage.S @ONLY)
+set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/ReportPage.S PROPERTIES
   OBJECT_DEPENDS ${page})
-add_library(trunnion_report_page OBJECT ${CMAKE_CURRENT_BINARY_DIR}/ReportPage.s)
+add_library(trunnion_report_page OBJECT ${CMAKE_CURRENT_BINARY_DIR}/ReportPage.S)
 set(TRUNNION_REPORT_PAGE_SOURCES
   ${CMAKE_CURRENT_SOURCE_DIR}/app/BundledPage.cpp $<TARGET_OBJECTS:trunnion_report_page>)
