@@ -48,14 +48,12 @@ export async function startRun(report: ReportData, run: RunData): Promise<Inspec
   );
   const goTo = (event: EventData): void => {
     playback.pause();
-    timeline.setHover(null);
     timeline.goTo(event.row);
     list.reveal(event);
     setText(announcement, `Row ${event.row + 1}, line ${event.line}: ${event.sentence}`);
   };
   const step = (by: number): void => {
     playback.pause();
-    timeline.setHover(null);
     timeline.goTo(timeline.row + by);
   };
   const toEvent = (by: 1 | -1): void => {

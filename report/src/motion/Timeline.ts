@@ -46,7 +46,9 @@ export class Timeline {
     this.listeners.push(listener);
   }
 
+  /// Chooses a place; the pointer has to move before its row is shown again.
   goTo(place: number): void {
+    this.hovered = null;
     this.place = Math.min(Math.max(place, 0), this.lastRow);
     this.tell();
   }

@@ -234,7 +234,8 @@ export class AxisPlot {
     ctx.save();
     ctx.globalAlpha = 0.55;
     let drawn = -Infinity;
-    for (const { x, event } of this.shared.events) {
+    // What failed is shaded.
+    for (const { x, event } of this.shared.events.filter((one) => one.event.kind !== 'failed')) {
       const at = Math.round(plot.valToPos(x, 'x', true));
       if (at - drawn > NEAREST_EVENTS * devicePixelRatio && at >= left && at <= left + width) {
         ctx.fillStyle = colors[event.kind]!;

@@ -17,7 +17,6 @@ import {
   MeshBasicMaterial,
   MeshStandardMaterial,
   OctahedronGeometry,
-  PerspectiveCamera,
   Scene,
   Sphere,
   Vector2,
@@ -25,7 +24,6 @@ import {
   WebGLRenderer,
   type Object3D,
 } from 'three';
-import { OrbitControls } from 'three/addons/controls/OrbitControls.js';
 import type { EventData, MachineData, Triple } from '../data/contract.ts';
 import type { Rows } from '../data/rows.ts';
 import { bodyOf, mountFrame, type Kinematics, type Workplace } from '../motion/kinematics.ts';
@@ -37,10 +35,9 @@ import { SCENE, type ScenePalette, type Theme } from '../base/palette.ts';
 import { PathDrawing } from './PathDrawing.ts';
 import { pathLines, type Stretch } from './pathLines.ts';
 import { matrixOf, meshOf } from './shapes.ts';
+import { Viewpoint, type Side, type UpAxis } from './Viewpoint.ts';
 
-export type UpAxis = 'x' | 'y' | 'z';
 export type CameraOn = 'machine' | 'part';
-export type Side = 'oblique' | 'front' | 'right' | 'top';
 
 /// A stretch of rows and where it is run.
 export interface PlacedStretch extends Stretch {
@@ -63,16 +60,13 @@ export interface DrawnThing {
   readonly position: Triple; // in the coordinates of the drawing
 }
 
-const FIELD_OF_VIEW = 32;
 const PICK_DISTANCE = 14; // [px]
-const UP: Readonly<Record<UpAxis, Triple>> = { x: [1, 0, 0], y: [0, 1, 0], z: [0, 0, 1] };
 
 export class MachineView {
   readonly canvas: HTMLCanvasElement;
   private readonly renderer: WebGLRenderer;
   private readonly scene = new Scene();
-  private readonly camera = new PerspectiveCamera(FIELD_OF_VIEW, 1, 1, 1000);
-  private controls: OrbitControls;
+  private readonly viewpoint: Viewpoint;
   private readonly root = new Group(); // all of the machine, in its coordinates
   private readonly bodyGroups: Group[];
   private readonly baseGroup = new Group();
@@ -94,8 +88,6 @@ export class MachineView {
   private palette: ScenePalette = SCENE.light;
   private stance: Stance | null = null;
   private cameraOn: CameraOn = 'machine';
-  private up: UpAxis = 'z';
-  private side: Side = 'oblique';
   private isClose = true;
   private isStale = true;
   private readonly mountMeshes: Object3D[] = [];
@@ -123,8 +115,7 @@ export class MachineView {
     );
     this.addLights();
     this.addMachine();
-    this.camera.up.set(...UP.z);
-    this.controls = this.makeControls();
+    this.viewpoint = new Viewpoint(this.canvas, () => this.invalidate());
     holder.append(this.canvas);
     new ResizeObserver(() => this.resize()).observe(holder);
     this.resize();
@@ -190,16 +181,13 @@ export class MachineView {
   }
 
   setUp(up: UpAxis): void {
-    this.up = up;
-    this.camera.up.set(...UP[up]);
-    this.controls.dispose();
-    this.controls = this.makeControls();
+    this.viewpoint.setUp(up);
     this.floorGroup.visible = up === 'z';
     this.frameAll(this.isClose);
   }
 
   look(side: Side): void {
-    this.side = side;
+    this.viewpoint.side = side;
     this.frameAll(this.isClose);
   }
 
@@ -213,43 +201,13 @@ export class MachineView {
     this.frameAll(true);
   }
 
-  private frameAll(isClose: boolean): void {
-    this.isClose = isClose;
-    this.scene.updateMatrixWorld(true);
-    const sphere = (isClose ? this.workBox() : this.machineBox()).getBoundingSphere(new Sphere());
-    const narrow = Math.min(1, this.camera.aspect);
-    const half = Math.atan(Math.tan((FIELD_OF_VIEW / 2) * (Math.PI / 180)) * narrow);
-    const distance =
-      (Math.max(sphere.radius, this.layout.size * 0.2) * (isClose ? 1.12 : 0.95)) / Math.sin(half);
-    this.controls.target.copy(sphere.center);
-    this.camera.position.copy(this.directionOf(this.side)).multiplyScalar(distance).add(sphere.center);
-    this.camera.near = distance / 100;
-    this.camera.far = distance * 20;
-    this.camera.updateProjectionMatrix();
-    this.controls.update();
-    this.invalidate();
-  }
-
   /// Turns about the target, to the right and upwards [deg].
   orbit(right: number, upwards: number): void {
-    const offset = this.camera.position.clone().sub(this.controls.target);
-    const up = this.camera.up;
-    offset.applyAxisAngle(up, (right * Math.PI) / 180);
-    const across = new Vector3().crossVectors(up, offset).normalize();
-    const raised = offset.clone().applyAxisAngle(across, (-upwards * Math.PI) / 180);
-    const fromUp = raised.angleTo(up);
-    this.camera.position
-      .copy(this.controls.target)
-      .add(fromUp > 0.02 && fromUp < Math.PI - 0.02 ? raised : offset);
-    this.controls.update();
+    this.viewpoint.orbit(right, upwards);
   }
 
   zoom(by: number): void {
-    this.camera.position
-      .sub(this.controls.target)
-      .multiplyScalar(1 / by)
-      .add(this.controls.target);
-    this.controls.update();
+    this.viewpoint.zoom(by);
   }
 
   /// The row whose point is drawn under the pointer [px within the canvas].
@@ -259,14 +217,9 @@ export class MachineView {
     }
     const at = new Vector2(x, y);
     const { width, height } = this.size();
-    const toPixels = new Matrix4().makeScale(width / 2, -height / 2, 1).setPosition(width / 2, height / 2, 0);
     let best: { row: number; distance: number } | null = null;
     for (const { drawing } of this.paths.filter((path) => path.drawing.group.visible)) {
-      const toScreen = toPixels
-        .clone()
-        .multiply(this.camera.projectionMatrix)
-        .multiply(this.camera.matrixWorldInverse)
-        .multiply(drawing.group.matrixWorld);
+      const toScreen = this.viewpoint.toPixels(drawing.group.matrixWorld, width, height);
       const picked = drawing.pick(at, toScreen);
       if (best === null || picked.distance < best.distance) {
         best = picked;
@@ -282,7 +235,7 @@ export class MachineView {
     }
     this.isStale = false;
     this.frames += 1;
-    this.renderer.render(this.scene, this.camera);
+    this.renderer.render(this.scene, this.viewpoint.camera);
   }
 
   /// What there is to see now, as a picture.
@@ -417,6 +370,14 @@ export class MachineView {
     return inverse(compose(bodyOf(bodies, part.parent), mountFrame(part)));
   }
 
+  private frameAll(isClose: boolean): void {
+    this.isClose = isClose;
+    this.scene.updateMatrixWorld(true);
+    const sphere = (isClose ? this.workBox() : this.machineBox()).getBoundingSphere(new Sphere());
+    const radius = Math.max(sphere.radius, this.layout.size * 0.2);
+    this.viewpoint.frame(sphere.center, radius * (isClose ? 1.12 : 0.95));
+  }
+
   private machineBox(): Box3 {
     const box = new Box3();
     for (const group of [this.baseGroup, ...this.bodyGroups]) {
@@ -449,19 +410,6 @@ export class MachineView {
     return box;
   }
 
-  private directionOf(side: Side): Vector3 {
-    const turned = { z: [0, 1, 2], x: [2, 0, 1], y: [1, 2, 0] }[this.up];
-    const [a, b, c] = {
-      oblique: [0.75, -1.25, 0.75],
-      front: [0, -1, 0.001],
-      right: [1, 0, 0.001],
-      top: [0, -0.001, 1],
-    }[side] as [number, number, number];
-    const direction = [a, b, c];
-    // The third of them goes along the axis that is up.
-    return new Vector3(...(turned.map((i) => direction[i]!) as [number, number, number])).normalize();
-  }
-
   private drawFloor(): void {
     if (this.grid !== null) {
       this.floorGroup.remove(this.grid);
@@ -474,14 +422,6 @@ export class MachineView {
     this.floorGroup.add(this.grid);
   }
 
-  /// The controls read the camera's up direction when they are made.
-  private makeControls(): OrbitControls {
-    const controls = new OrbitControls(this.camera, this.canvas);
-    controls.enableDamping = false;
-    controls.addEventListener('change', () => this.invalidate());
-    return controls;
-  }
-
   private resize(): void {
     const { width, height } = this.size();
     if (width === 0 || height === 0) {
@@ -489,8 +429,7 @@ export class MachineView {
     }
     this.renderer.setPixelRatio(Math.min(window.devicePixelRatio, 2));
     this.renderer.setSize(width, height, false);
-    this.camera.aspect = width / height;
-    this.camera.updateProjectionMatrix();
+    this.viewpoint.setAspect(width / height);
     this.scaleLabels();
     this.isStale = true;
     this.frame();
@@ -498,7 +437,7 @@ export class MachineView {
 
   private scaleLabels(): void {
     const { height } = this.size();
-    const pixel = (2 * Math.tan((FIELD_OF_VIEW / 2) * (Math.PI / 180))) / Math.max(height, 1);
+    const pixel = this.viewpoint.pixelSize(height);
     this.labels.forEach((label) => label.scale(pixel));
   }
 

@@ -142,8 +142,9 @@ test('the row under the pointer is shown, the chosen one remembered', () => {
   assert.deepEqual([timeline.row, timeline.shownRow, timeline.shownPlace, told], [4, 7, 7, 2]);
   timeline.setHover(null);
   assert.deepEqual([timeline.shownRow, timeline.shownPlace], [4, 4.5]);
+  timeline.setHover(7);
   timeline.goTo(99);
-  assert.equal(timeline.row, 9);
+  assert.deepEqual([timeline.row, timeline.shownRow], [9, 9]); // the pointer has to move again
   timeline.goTo(-3);
   assert.equal(timeline.row, 0);
   timeline.setHover(40);
