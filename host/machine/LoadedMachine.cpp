@@ -77,18 +77,23 @@ std::vector<const Axis*> LoadedMachine::AxesOf(const LoadedStream& stream) const
     return moved;
 }
 
-LoadedMachine LoadMachine(const std::filesystem::path& path, const MountLinks& links)
+MachineDescription DescribeMachine(const std::filesystem::path& path, const MountLinks& links)
 {
     const std::string text = ReadWholeFile(path, kMaxMachineBytes);
     const std::string file = path.string();
     if (IsUrdf(path, text)) {
-        return AssembleMachine(ReadUrdf(text, file, links));
+        return ReadUrdf(text, file, links);
     }
     if (links.tool || links.part) {
         throw InputError(file, "--tool-link and --part-link name links of a URDF, and this machine "
                                "has mounts of its own; leave them out");
     }
-    return AssembleMachine(ReadMachine(text, file));
+    return ReadMachine(text, file);
+}
+
+LoadedMachine LoadMachine(const std::filesystem::path& path, const MountLinks& links)
+{
+    return AssembleMachine(DescribeMachine(path, links));
 }
 
 } // namespace host

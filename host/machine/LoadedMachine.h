@@ -97,6 +97,8 @@ struct LoadedMachine
 
 /// Reads a TOML file, or a URDF: a file whose name ends in .urdf or whose text begins with "<". A
 /// URDF needs both links, and TOML none: InputError otherwise.
+MachineDescription DescribeMachine(const std::filesystem::path& path, const MountLinks& links = {});
+/// The same, assembled.
 LoadedMachine LoadMachine(const std::filesystem::path& path, const MountLinks& links = {});
 
 } // namespace host
