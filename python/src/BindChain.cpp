@@ -44,12 +44,14 @@ void BindChain(py::module_& module)
         "chain.",
         py::is_final())
         .def(py::init<>(), "An empty chain.")
-        .def("AddNode",
-             [](Chain& chain, const std::shared_ptr<IkNode>& node) { chain.AddNode(node, false); },
-             py::arg("node").none(false), Guard(), "Appends a node at the tip end.")
-        .def("AddNodeAtHead",
-             [](Chain& chain, const std::shared_ptr<IkNode>& node) { chain.AddNode(node, true); },
-             py::arg("node").none(false), Guard(), "Puts a node at the base end.")
+        .def(
+            "AddNode",
+            [](Chain& chain, const std::shared_ptr<IkNode>& node) { chain.AddNode(node, false); },
+            py::arg("node").none(false), Guard(), "Appends a node at the tip end.")
+        .def(
+            "AddNodeAtHead",
+            [](Chain& chain, const std::shared_ptr<IkNode>& node) { chain.AddNode(node, true); },
+            py::arg("node").none(false), Guard(), "Puts a node at the base end.")
         .def("FillFromBase2Node", &Chain::FillFromBase2Node, py::arg("node").none(false), Guard(),
              "Makes this the way from the root of the node's tree to the node, both included.")
         .def("RemoveTail", &Chain::RemoveTail, Guard(), "Takes the node at the tip end out.")
@@ -58,20 +60,25 @@ void BindChain(py::module_& module)
              "The node at an index; an IndexError where there is none.")
         .def("__getitem__", &At, py::arg("index"), Guard(),
              "The node at an index, from the end where that is negative.")
-        .def("Size", [](const Chain& chain) { return chain.Get().Size(); }, Guard(),
-             "The number of nodes.")
-        .def("__len__", [](const Chain& chain) { return chain.Get().Size(); }, Guard(),
-             "The number of nodes.")
-        .def("GetJointStates", [](const Chain& chain) { return StatesOf(chain.Get().GetJointStates()); },
-             Guard(), "The joints of the chain, in order, at their current values.")
+        .def(
+            "Size", [](const Chain& chain) { return chain.Get().Size(); }, Guard(),
+            "The number of nodes.")
+        .def(
+            "__len__", [](const Chain& chain) { return chain.Get().Size(); }, Guard(),
+            "The number of nodes.")
+        .def(
+            "GetJointStates",
+            [](const Chain& chain) { return StatesOf(chain.Get().GetJointStates()); }, Guard(),
+            "The joints of the chain, in order, at their current values.")
         .def("GetXformMat", &XformOf, py::arg("states") = py::none(), Guard(),
              "base_to_tip for these values; joints that are not among them at their current ones.")
-        .def("__eq__",
-             [](const Chain& chain, const py::object& other) {
-                 return py::isinstance<Chain>(other) &&
-                        chain.Get() == other.cast<const Chain&>().Get();
-             },
-             py::arg("other"), Guard(), "Whether both list the same nodes in the same order.");
+        .def(
+            "__eq__",
+            [](const Chain& chain, const py::object& other) {
+                return py::isinstance<Chain>(other) &&
+                       chain.Get() == other.cast<const Chain&>().Get();
+            },
+            py::arg("other"), Guard(), "Whether both list the same nodes in the same order.");
 }
 
 } // namespace bindings

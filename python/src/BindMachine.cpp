@@ -20,9 +20,10 @@ using Guard = py::call_guard<Serial>;
 std::shared_ptr<Stream> StreamById(const Machine& machine, int id)
 {
     const auto& streams = machine.Streams();
-    const auto found = std::find_if(
-        streams.begin(), streams.end(),
-        [id](const std::shared_ptr<Stream>& stream) { return stream->Get().GetId() == id; });
+    const auto found =
+        std::find_if(streams.begin(), streams.end(), [id](const std::shared_ptr<Stream>& stream) {
+            return stream->Get().GetId() == id;
+        });
     if (found == streams.end()) {
         throw py::key_error("there is no stream " + std::to_string(id));
     }
@@ -58,27 +59,31 @@ void BindMachine(py::module_& module)
         .def(py::init<>(), "An empty machine.")
         .def("SetBaseNode", &Machine::SetBaseNode, py::arg("node"), Guard(),
              "Takes the tree below a node for the machine's, or with None none.")
-        .def("GetBaseNode", [](Machine& machine) { return HandleOf(machine.Get().GetBaseNode()); },
-             Guard(), "That node, or None.")
+        .def(
+            "GetBaseNode", [](Machine& machine) { return HandleOf(machine.Get().GetBaseNode()); },
+            Guard(), "That node, or None.")
         .def("AddStream", &Machine::AddStream, py::arg("stream").none(false), Guard(),
              "Appends a stream; a ValueError for one that it has.")
         .def("RemoveStream", &Machine::RemoveStream, py::arg("id"), Guard(),
              "Takes out the first stream of this id, if any.")
-        .def("GetNumStreams", [](const Machine& machine) { return machine.Streams().size(); },
-             Guard(), "The number of streams.")
+        .def(
+            "GetNumStreams", [](const Machine& machine) { return machine.Streams().size(); },
+            Guard(), "The number of streams.")
         .def("GetStreamById", &StreamById, py::arg("id"), Guard(),
              "The first stream of this id; a KeyError where there is none.")
         .def("GetStreamByIndex", &StreamByIndex, py::arg("index"), Guard(),
              "The stream at an index; an IndexError where there is none.")
         .def("GetJointStates", &JointStates, Guard(),
              "All joints below the base node at their current values, each after those below it.")
-        .def("RecurseInitJointValues",
-             [](Machine& machine, const std::shared_ptr<IkNode>& node) {
-                 machine.Get().RecurseInitJointValues(node.get());
-             },
-             py::arg("node") = py::none(), Guard(),
-             "Puts a node, if it is a joint, and every joint below it at its initial value; without\n"
-             "a node, every joint below the base node.")
+        .def(
+            "RecurseInitJointValues",
+            [](Machine& machine, const std::shared_ptr<IkNode>& node) {
+                machine.Get().RecurseInitJointValues(node.get());
+            },
+            py::arg("node") = py::none(), Guard(),
+            "Puts a node, if it is a joint, and every joint below it at its initial value; "
+            "without\n"
+            "a node, every joint below the base node.")
         .def("Reset", &Machine::Reset, Guard(), "Lets go of the tree and of all streams.");
 }
 

@@ -139,12 +139,11 @@ void BindOptions(py::module_& module)
                                py::is_final())
         .def(py::init([](bool limits, double toolLength, std::vector<std::size_t> locks,
                          double tolerance, int maxIterations, StartFrom from) {
-                 return InverseOptions{limits, toolLength, std::move(locks),
-                                       {tolerance, maxIterations}, from};
+                 return InverseOptions{
+                     limits, toolLength, std::move(locks), {tolerance, maxIterations}, from};
              }),
              py::kw_only(), py::arg("limits"), py::arg("tool_length"), py::arg("locks"),
-             py::arg("tolerance"), py::arg("max_iterations"), py::arg("start_from"),
-             "All of it.");
+             py::arg("tolerance"), py::arg("max_iterations"), py::arg("start_from"), "All of it.");
 }
 
 } // namespace

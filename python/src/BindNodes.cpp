@@ -66,30 +66,34 @@ void BindNode(py::module_& module)
              "Stores a frame in machine coordinates.")
         .def("GetXformMat", &XformAt, py::arg("value") = py::none(), Guard(),
              "The transform from the parent, of a joint at `value` or else at its current one.")
-        .def("GetParentPtr", [](const IkNode& node) { return HandleOf(node.GetParentPtr()); },
-             Guard(), "The node that it hangs on, or None.")
+        .def(
+            "GetParentPtr", [](const IkNode& node) { return HandleOf(node.GetParentPtr()); },
+            Guard(), "The node that it hangs on, or None.")
         .def("GetKidList", &Children, Guard(), "The nodes that hang on it, a new list.")
         .def("AddChild", &Tree::Hang, py::arg("child").none(false), Guard(),
              "Hangs a node, with all that hangs on it, on this one.\n\n"
              "A ValueError where the child hangs somewhere already, is this node or above it, or\n"
              "makes the tree more than 1000 nodes deep.")
-        .def("SearchByName",
-             [](IkNode& node, const std::wstring& name) {
-                 return HandleOf(node.SearchByName(name));
-             },
-             py::arg("name"), Guard(), "The first node of this name from here down, or None.")
+        .def(
+            "SearchByName",
+            [](IkNode& node, const std::wstring& name) {
+                return HandleOf(node.SearchByName(name));
+            },
+            py::arg("name"), Guard(), "The first node of this name from here down, or None.")
         .def("IsJoint", &IkNode::IsJoint, Guard(), "Whether it is a joint.")
         .def("IsDirty", &IkNode::IsDirty, Guard(), "Whether it changed since UpdateFrames.")
         .def("UpdateFrames", &IkNode::UpdateFrames, Guard(),
              "Marks this node and all below it as not changed.")
-        .def("__eq__",
-             [](const IkNode& node, const py::object& other) {
-                 return py::isinstance<IkNode>(other) && other.cast<const IkNode*>() == &node;
-             },
-             py::arg("other"), "Whether both are one and the same node.")
-        .def("__hash__",
-             [](const IkNode& node) { return reinterpret_cast<std::uintptr_t>(&node) >> 4U; },
-             "By identity.")
+        .def(
+            "__eq__",
+            [](const IkNode& node, const py::object& other) {
+                return py::isinstance<IkNode>(other) && other.cast<const IkNode*>() == &node;
+            },
+            py::arg("other"), "Whether both are one and the same node.")
+        .def(
+            "__hash__",
+            [](const IkNode& node) { return reinterpret_cast<std::uintptr_t>(&node) >> 4U; },
+            "By identity.")
         .def("__repr__", &Text, "The class and the name.");
     py::class_<IkBody, IkNode, std::shared_ptr<IkBody>>(
         module, "IkBody", "A rigid body: its transform is its original frame.", py::is_final())
@@ -123,7 +127,8 @@ void BindJoint(py::module_& module)
 {
     py::class_<IkJoint, IkNode, std::shared_ptr<IkJoint>> joint(
         module, "IkJoint",
-        "What all joints have. Values, bounds and initial values are lengths of a linear joint and\n"
+        "What all joints have. Values, bounds and initial values are lengths of a linear joint "
+        "and\n"
         "radians of a rotary one. Nothing here clamps a value.",
         py::is_final());
     BindEnums(joint);

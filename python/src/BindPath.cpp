@@ -139,9 +139,7 @@ void BindPath(py::module_& module)
         .def_property_readonly("points", &Points, "Rows of x, y, z, i, j, k.")
         .def_property_readonly(
             "lines",
-            [](const host::Toolpath& path) {
-                return ColumnOf<int>(path, &host::ToolPoint::line);
-            },
+            [](const host::Toolpath& path) { return ColumnOf<int>(path, &host::ToolPoint::line); },
             "The line of each point.")
         .def_property_readonly(
             "rapid",

@@ -56,19 +56,23 @@ void BindBase(py::module_& module)
         .def(py::init<std::shared_ptr<Stream>>(), py::arg("stream").none(false), Guard(),
              "A solver for a stream.")
         .def("GetStreamPtr", &Solver::GetStream, "The stream.")
-        .def("GetMaxIterations", [](Solver& one) { return one.Get().GetMaxIterations(); }, Guard(),
-             "The most passes of a solve.")
-        .def("SetMaxIterations",
-             [](Solver& one, int count) { one.Get().SetMaxIterations(count); }, py::arg("count"),
-             Guard(), "Sets the most passes of a solve.")
-        .def("GetConvergenceTolerance",
-             [](Solver& one) { return one.Get().GetConvergenceTolerance(); }, Guard(),
-             "The squared error [length^2] plus [deg^2] at which a solve has converged.")
-        .def("SetConvergenceTolerance",
-             [](Solver& one, double tolerance) { one.Get().SetConvergenceTolerance(tolerance); },
-             py::arg("tolerance"), Guard(), "Sets that error.")
-        .def("GetCurErrorval", [](Solver& one) { return one.Get().GetCurErrorval(); }, Guard(),
-             "The squared error of the latest pass [length^2] plus [deg^2].")
+        .def(
+            "GetMaxIterations", [](Solver& one) { return one.Get().GetMaxIterations(); }, Guard(),
+            "The most passes of a solve.")
+        .def(
+            "SetMaxIterations", [](Solver& one, int count) { one.Get().SetMaxIterations(count); },
+            py::arg("count"), Guard(), "Sets the most passes of a solve.")
+        .def(
+            "GetConvergenceTolerance",
+            [](Solver& one) { return one.Get().GetConvergenceTolerance(); }, Guard(),
+            "The squared error [length^2] plus [deg^2] at which a solve has converged.")
+        .def(
+            "SetConvergenceTolerance",
+            [](Solver& one, double tolerance) { one.Get().SetConvergenceTolerance(tolerance); },
+            py::arg("tolerance"), Guard(), "Sets that error.")
+        .def(
+            "GetCurErrorval", [](Solver& one) { return one.Get().GetCurErrorval(); }, Guard(),
+            "The squared error of the latest pass [length^2] plus [deg^2].")
         .def("GetStartStates", &Solver::Start, Guard(),
              "A copy of the values that solves start from; None for the joints' current ones.")
         .def("SetStartingJtStates", &Solver::SetStart, py::arg("states"), Guard(),

@@ -96,67 +96,80 @@ void BindState(py::module_& module)
              }),
              py::arg("joint").none(false), py::arg("value") = py::none(), Guard(),
              "A state by itself; without a value, at the joint's current one.")
-        .def("GetJoint", [](const StateInVector& state) { return JointOf(state.Get()); }, Guard(),
-             "The joint.")
-        .def("GetValue", [](const StateInVector& state) { return state.Get().GetValue(); }, Guard(),
-             "The value [length] or [rad].")
-        .def("SetValue",
-             [](const StateInVector& state, double value) { state.Get().SetValue(value); },
-             py::arg("value"), Guard(), "Sets the value; the joint does not move.")
-        .def("__repr__",
-             [](const StateInVector& state) {
-                 return L"<IkJtState " + JointOf(state.Get())->GetName() + L">";
-             },
-             Guard(), "The joint's name.");
+        .def(
+            "GetJoint", [](const StateInVector& state) { return JointOf(state.Get()); }, Guard(),
+            "The joint.")
+        .def(
+            "GetValue", [](const StateInVector& state) { return state.Get().GetValue(); }, Guard(),
+            "The value [length] or [rad].")
+        .def(
+            "SetValue",
+            [](const StateInVector& state, double value) { state.Get().SetValue(value); },
+            py::arg("value"), Guard(), "Sets the value; the joint does not move.")
+        .def(
+            "__repr__",
+            [](const StateInVector& state) {
+                return L"<IkJtState " + JointOf(state.Get())->GetName() + L">";
+            },
+            Guard(), "The joint's name.");
 }
 
 void BindValues(py::class_<States, StatesHandle>& states)
 {
     states
-        .def("GetValVector", [](const States& all) { return ArrayOf(all.vector.GetValVector()); },
-             Guard(), "The values, a new array.")
-        .def("SetValVector",
-             [](States& all, const std::vector<double>& values) {
-                 RefuseCount(values.size(), all);
-                 all.vector.SetValVector(values);
-             },
-             py::arg("values"), Guard(), "Sets all values; the joints do not move.")
-        .def("GetNameVector", [](const States& all) { return all.vector.GetNameVector(); }, Guard(),
-             "The joints' names.")
+        .def(
+            "GetValVector", [](const States& all) { return ArrayOf(all.vector.GetValVector()); },
+            Guard(), "The values, a new array.")
+        .def(
+            "SetValVector",
+            [](States& all, const std::vector<double>& values) {
+                RefuseCount(values.size(), all);
+                all.vector.SetValVector(values);
+            },
+            py::arg("values"), Guard(), "Sets all values; the joints do not move.")
+        .def(
+            "GetNameVector", [](const States& all) { return all.vector.GetNameVector(); }, Guard(),
+            "The joints' names.")
         .def("FindValFromPtr", &ValueOf, py::arg("joint").none(false), Guard(),
              "The value held for a joint, or None.")
-        .def("FindStateByJointPtr",
-             [](const States& all, const IkJoint& joint) {
-                 return all.vector.FindStateByJointPtr(&joint);
-             },
-             py::arg("joint").none(false), Guard(), "The index of a joint's state, or -1.")
-        .def("GetLinearStateIndices",
-             [](const States& all) {
-                 return Indices([&](auto& out) { all.vector.GetLinearStateIndices(out); });
-             },
-             Guard(), "The indices of the linear joints' states.")
-        .def("GetRotaryStateIndices",
-             [](const States& all) {
-                 return Indices([&](auto& out) { all.vector.GetRotaryStateIndices(out); });
-             },
-             Guard(), "The indices of the rotary joints' states.")
-        .def("GetOutOfBoundIndices",
-             [](const States& all) {
-                 return Indices([&](auto& out) { all.vector.GetOutOfBoundIndices(out); });
-             },
-             Guard(), "The indices of the states beyond their joint's bounds.")
-        .def("AppendValues",
-             [](States& all, std::vector<double> deltas, IkJoint::JointLimitTypes limits) {
-                 Change(all, std::move(deltas), limits, true);
-             },
-             py::arg("deltas"), py::arg("limit_type"), Guard(),
-             "Adds a number to each value, under the joints' ranges as `limit_type` says.")
-        .def("SubtractValues",
-             [](States& all, std::vector<double> deltas, IkJoint::JointLimitTypes limits) {
-                 Change(all, std::move(deltas), limits, false);
-             },
-             py::arg("deltas"), py::arg("limit_type"), Guard(),
-             "Takes a number from each value, under the joints' ranges as `limit_type` says.");
+        .def(
+            "FindStateByJointPtr",
+            [](const States& all, const IkJoint& joint) {
+                return all.vector.FindStateByJointPtr(&joint);
+            },
+            py::arg("joint").none(false), Guard(), "The index of a joint's state, or -1.")
+        .def(
+            "GetLinearStateIndices",
+            [](const States& all) {
+                return Indices([&](auto& out) { all.vector.GetLinearStateIndices(out); });
+            },
+            Guard(), "The indices of the linear joints' states.")
+        .def(
+            "GetRotaryStateIndices",
+            [](const States& all) {
+                return Indices([&](auto& out) { all.vector.GetRotaryStateIndices(out); });
+            },
+            Guard(), "The indices of the rotary joints' states.")
+        .def(
+            "GetOutOfBoundIndices",
+            [](const States& all) {
+                return Indices([&](auto& out) { all.vector.GetOutOfBoundIndices(out); });
+            },
+            Guard(), "The indices of the states beyond their joint's bounds.")
+        .def(
+            "AppendValues",
+            [](States& all, std::vector<double> deltas, IkJoint::JointLimitTypes limits) {
+                Change(all, std::move(deltas), limits, true);
+            },
+            py::arg("deltas"), py::arg("limit_type"), Guard(),
+            "Adds a number to each value, under the joints' ranges as `limit_type` says.")
+        .def(
+            "SubtractValues",
+            [](States& all, std::vector<double> deltas, IkJoint::JointLimitTypes limits) {
+                Change(all, std::move(deltas), limits, false);
+            },
+            py::arg("deltas"), py::arg("limit_type"), Guard(),
+            "Takes a number from each value, under the joints' ranges as `limit_type` says.");
 }
 
 } // namespace
@@ -170,40 +183,47 @@ void BindStates(py::module_& module)
         "the vector.",
         py::is_final());
     states.def(py::init<>(), "An empty vector.")
-        .def("AddState",
-             [](States& all, const StateInVector& state) {
-                 all.Add(JointOf(state.Get()), state.Get().GetValue());
-             },
-             py::arg("state").none(false), Guard(), "Appends a copy of a state.")
-        .def("Reset",
-             [](States& all) {
-                 all.vector.Reset();
-                 all.kept.clear();
-             },
-             Guard(), "Takes all states out.")
-        .def("Size", [](const States& all) { return all.vector.Size(); }, Guard(),
-             "The number of states.")
-        .def("__len__", [](const States& all) { return all.vector.Size(); }, Guard(),
-             "The number of states.")
+        .def(
+            "AddState",
+            [](States& all, const StateInVector& state) {
+                all.Add(JointOf(state.Get()), state.Get().GetValue());
+            },
+            py::arg("state").none(false), Guard(), "Appends a copy of a state.")
+        .def(
+            "Reset",
+            [](States& all) {
+                all.vector.Reset();
+                all.kept.clear();
+            },
+            Guard(), "Takes all states out.")
+        .def(
+            "Size", [](const States& all) { return all.vector.Size(); }, Guard(),
+            "The number of states.")
+        .def(
+            "__len__", [](const States& all) { return all.vector.Size(); }, Guard(),
+            "The number of states.")
         .def("GetState", &At, py::arg("index"), Guard(),
              "The state at an index; an IndexError where there is none.")
         .def("__getitem__", &At, py::arg("index"), Guard(),
              "The state at an index, from the end where that is negative.")
-        .def("__iter__", [](const StatesHandle& all) { return py::iter(ListOf(all)); }, Guard(),
-             "The states in order.")
-        .def("Compare",
-             [](States& all, States& other, double linearTol, double rotaryTol) {
-                 return all.vector.Compare(other.vector, linearTol, rotaryTol);
-             },
-             py::arg("other").none(false), py::arg("linear_tol"), py::arg("rotary_tol"), Guard(),
-             "0 for the same joints with values within the tolerances [length] and [rad], else 1.")
-        .def("CommitValuesToJoints",
-             [](States& all) { return all.vector.CommitValuesToJoints(); }, Guard(),
-             "Moves the joints to the values.")
-        .def("__add__",
-             [](const States& a, const States& b) { return StatesOf(a.vector + b.vector); },
-             py::is_operator(), Guard(),
-             "The states of both; of a joint that both hold the left one's.")
+        .def(
+            "__iter__", [](const StatesHandle& all) { return py::iter(ListOf(all)); }, Guard(),
+            "The states in order.")
+        .def(
+            "Compare",
+            [](States& all, States& other, double linearTol, double rotaryTol) {
+                return all.vector.Compare(other.vector, linearTol, rotaryTol);
+            },
+            py::arg("other").none(false), py::arg("linear_tol"), py::arg("rotary_tol"), Guard(),
+            "0 for the same joints with values within the tolerances [length] and [rad], else 1.")
+        .def(
+            "CommitValuesToJoints", [](States& all) { return all.vector.CommitValuesToJoints(); },
+            Guard(), "Moves the joints to the values.")
+        .def(
+            "__add__",
+            [](const States& a, const States& b) { return StatesOf(a.vector + b.vector); },
+            py::is_operator(), Guard(),
+            "The states of both; of a joint that both hold the left one's.")
         .def("__repr__", &Text, Guard(), "The joints' names with their values.");
     BindValues(states);
 }

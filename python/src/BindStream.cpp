@@ -91,19 +91,22 @@ std::pair<bool, std::shared_ptr<States>> Inverse(Stream& stream, IkEndState targ
 void BindLocks(py::class_<Stream, StreamHandle>& stream)
 {
     stream
-        .def("SetLocalLock",
-             [](Stream& one, IkNode& joint, bool locked) {
-                 return one.Get().SetLocalLock(&joint, locked);
-             },
-             py::arg("joint").none(false), py::arg("locked"), Guard(),
-             "Holds a joint in this stream's solves, or not; False for one that no chain held.")
+        .def(
+            "SetLocalLock",
+            [](Stream& one, IkNode& joint, bool locked) {
+                return one.Get().SetLocalLock(&joint, locked);
+            },
+            py::arg("joint").none(false), py::arg("locked"), Guard(),
+            "Holds a joint in this stream's solves, or not; False for one that no chain held.")
         .def("GetLocalLock", &LocalLock, py::arg("joint").none(false), Guard(),
              "Whether this stream holds a joint; None for one that no chain held.")
-        .def("SetLocalLockAllRotary",
-             [](Stream& one, bool locked) { one.Get().SetLocalLockAllRotary(locked); },
-             py::arg("locked"), Guard(), "Holds all rotary joints in this stream's solves, or none.")
-        .def("ResetAllLocalLocks", [](Stream& one) { one.Get().ResetAllLocalLocks(); }, Guard(),
-             "Holds no joint any more.")
+        .def(
+            "SetLocalLockAllRotary",
+            [](Stream& one, bool locked) { one.Get().SetLocalLockAllRotary(locked); },
+            py::arg("locked"), Guard(), "Holds all rotary joints in this stream's solves, or none.")
+        .def(
+            "ResetAllLocalLocks", [](Stream& one) { one.Get().ResetAllLocalLocks(); }, Guard(),
+            "Holds no joint any more.")
         .def("GetJointLockStatus", &LockStatus, py::arg("joint").none(false), py::arg("type"),
              Guard(),
              "Whether a lock of this type holds the joint; None where that hangs on a local lock\n"
@@ -114,13 +117,15 @@ void BindPartSpace(py::class_<Stream, StreamHandle>& stream)
 {
     stream
         .def("SetHasPartSpaceMatrix", &Stream::SetHasPartSpaceMatrix, py::arg("has"),
-             py::arg("fixed"), Guard(), "Puts the part space at the end of the part chain, or away.")
+             py::arg("fixed"), Guard(),
+             "Puts the part space at the end of the part chain, or away.")
         .def("SetPartSpaceMatrix", &Stream::SetPartSpaceMatrix, py::arg("frame"), py::arg("fixed"),
              Guard(),
              "Puts the part space there, in machine coordinates with every part joint at its\n"
              "initial value. It rides with these joints or, when fixed, stands still.")
-        .def("GetHasPartSpaceMatrix", [](Stream& one) { return one.Get().GetHasPartSpaceMatrix(); },
-             Guard(), "Whether there is a part space.")
+        .def(
+            "GetHasPartSpaceMatrix", [](Stream& one) { return one.Get().GetHasPartSpaceMatrix(); },
+            Guard(), "Whether there is a part space.")
         .def("GetPartSpaceInfo", &PartSpaceInfo, Guard(),
              "Whether there is a part space, and whether it is fixed.")
         .def("GetPartSpaceMatrix", &PartSpace, Guard(), "The part space, as it was set.");
@@ -148,24 +153,29 @@ void BindStream(py::module_& module)
         .value("GlobalOrLocalLock", IkStream::GlobalOrLocalLock)
         .export_values();
     stream.def(py::init<>(), "A stream without chains.")
-        .def("SetId", [](Stream& one, int id) { one.Get().SetId(id); }, py::arg("id"), Guard(),
-             "Sets the number by which a machine finds it.")
-        .def("GetId", [](Stream& one) { return one.Get().GetId(); }, Guard(), "That number.")
+        .def(
+            "SetId", [](Stream& one, int id) { one.Get().SetId(id); }, py::arg("id"), Guard(),
+            "Sets the number by which a machine finds it.")
+        .def(
+            "GetId", [](Stream& one) { return one.Get().GetId(); }, Guard(), "That number.")
         .def("AddChain", &Stream::AddChain, py::arg("chain").none(false), Guard(),
              "Appends a chain. Its joints can be locked locally from now on.")
         .def("GetChain", &ChainAt, py::arg("index"), Guard(),
              "A chain; an IndexError where there is none.")
-        .def("NumChains", [](const Stream& one) { return one.Chains().size(); }, Guard(),
-             "The number of chains.")
+        .def(
+            "NumChains", [](const Stream& one) { return one.Chains().size(); }, Guard(),
+            "The number of chains.")
         .def("GetSubNodeChain", &SubNodes, py::arg("type"), Guard(),
              "The nodes of a part of the loop, in order.")
-        .def("GetJointStates", [](Stream& one) { return StatesOf(one.Get().GetJointStates()); },
-             Guard(), "The joints of all chains, each once, at their current values.")
-        .def("SolveFK", &Forward, py::arg("states") = py::none(), py::arg("commit") = false,
-             py::arg("tool_only") = false, Guard(),
-             "The tool in part coordinates, or machine coordinates when `tool_only`.\n\n"
-             "Joints that `states` does not hold stand at their current values; `commit` moves the\n"
-             "others.")
+        .def(
+            "GetJointStates", [](Stream& one) { return StatesOf(one.Get().GetJointStates()); },
+            Guard(), "The joints of all chains, each once, at their current values.")
+        .def(
+            "SolveFK", &Forward, py::arg("states") = py::none(), py::arg("commit") = false,
+            py::arg("tool_only") = false, Guard(),
+            "The tool in part coordinates, or machine coordinates when `tool_only`.\n\n"
+            "Joints that `states` does not hold stand at their current values; `commit` moves the\n"
+            "others.")
         .def("SolveIK", &Inverse, py::arg("target"), py::arg("tool_only") = false,
              py::arg("limit_type") = IkJoint::JtLimitAll, py::arg("lock_rotary") = false, Guard(),
              "From the joints' current values to joint values that put the tool at `target`.\n\n"

@@ -65,21 +65,26 @@ void BindXform(py::module_& module)
             "__matmul__",
             [](const IkXformMat& a, const IkXformMat& b) { return IkXformMat(a * b); },
             py::is_operator(), "The product: the motion of the right one in the left one's frame.")
-        .def("__getitem__", [](IkXformMat& frame, Place at) { return ElementAt(frame, at); },
-             py::arg("at"), "The element at (row, column), from 0.")
-        .def("__setitem__",
-             [](IkXformMat& frame, Place at, double value) { ElementAt(frame, at) = value; },
-             py::arg("at"), py::arg("value"), "Sets the element at (row, column), from 0.")
-        .def("__array__",
-             [](const IkXformMat& frame, const py::args& /*dtype*/, const py::kwargs& /*copy*/) {
-                 return ArrayOf(frame);
-             },
-             "A copy, 4 by 4.")
+        .def(
+            "__getitem__", [](IkXformMat& frame, Place at) { return ElementAt(frame, at); },
+            py::arg("at"), "The element at (row, column), from 0.")
+        .def(
+            "__setitem__",
+            [](IkXformMat& frame, Place at, double value) { ElementAt(frame, at) = value; },
+            py::arg("at"), py::arg("value"), "Sets the element at (row, column), from 0.")
+        .def(
+            "__array__",
+            [](const IkXformMat& frame, const py::args& /*dtype*/, const py::kwargs& /*copy*/) {
+                return ArrayOf(frame);
+            },
+            "A copy, 4 by 4.")
         .def("__repr__", &Text, "As Python would write it.")
-        .def("__copy__", [](const IkXformMat& frame) { return IkXformMat(frame); }, "A copy.")
-        .def("__deepcopy__",
-             [](const IkXformMat& frame, const py::dict& /*memo*/) { return IkXformMat(frame); },
-             py::arg("memo"), "A copy.");
+        .def(
+            "__copy__", [](const IkXformMat& frame) { return IkXformMat(frame); }, "A copy.")
+        .def(
+            "__deepcopy__",
+            [](const IkXformMat& frame, const py::dict& /*memo*/) { return IkXformMat(frame); },
+            py::arg("memo"), "A copy.");
     py::implicitly_convertible<py::array, IkXformMat>();
     py::implicitly_convertible<py::sequence, IkXformMat>();
 }

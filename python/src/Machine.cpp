@@ -11,7 +11,8 @@ Machine::~Machine()
     LetGo();
 }
 
-/// An empty machine takes this one's place: the library's way to destroy a machine without its tree.
+/// An empty machine takes this one's place: the library's way to destroy a machine without its
+/// tree.
 void Machine::LetGo()
 {
     machine = IkMachine();
@@ -46,9 +47,10 @@ void Machine::AddStream(const std::shared_ptr<Stream>& stream)
 
 void Machine::RemoveStream(int id)
 {
-    const auto found = std::find_if(
-        streams.begin(), streams.end(),
-        [id](const std::shared_ptr<Stream>& stream) { return stream->Get().GetId() == id; });
+    const auto found =
+        std::find_if(streams.begin(), streams.end(), [id](const std::shared_ptr<Stream>& stream) {
+            return stream->Get().GetId() == id;
+        });
     if (found != streams.end()) {
         const std::shared_ptr<Stream> removed = *found; // goes after the machine has let go of it
         streams.erase(found);

@@ -168,8 +168,7 @@ double AngleLeft(host::PointSolver& solver, const host::JointValues& joints,
     if (!target.xAxis) {
         return host::AngleBetween(host::Column(reached, 2), target.at.direction);
     }
-    const IkXformMat asked =
-        host::FrameOf(target.at.position, *target.xAxis, target.at.direction);
+    const IkXformMat asked = host::FrameOf(target.at.position, *target.xAxis, target.at.direction);
     return std::max(host::AngleBetween(host::Column(reached, 2), host::Column(asked, 2)),
                     host::AngleBetween(host::Column(reached, 0), host::Column(asked, 0)));
 }
@@ -249,6 +248,11 @@ SolvedPoses Model::Inverse(std::size_t stream, const Rows& poses, const Rows& st
     const std::vector<host::PathTarget> targets = TargetsFrom(poses);
     CheckStarts(starts, axes, poses.count);
     CheckSettings(options.settings);
+    if (options.from == StartFrom::Search && !options.locks.empty() && starts.count > 1) {
+        throw host::InputError("start",
+                               "a search holds its locked axes at one value each; give one "
+                               "row for all poses");
+    }
     const Seated tool(at, options.toolLength);
     const Held held(machine.AxesOf(at), options.locks);
     host::PointSolver solver(machine, at, options.settings);
@@ -300,15 +304,13 @@ SolvedPoses Model::Branches(std::size_t stream, const Rows& pose, const Rows& st
     SolvedPoses solved;
     if (options.from == StartFrom::Search) {
         host::SampledSolver search(machine, at, options.settings, from);
-        for (const host::JointValues& joints :
-             search.FindAll(target, from, {options.isLimited})) {
+        for (const host::JointValues& joints : search.FindAll(target, from, {options.isLimited})) {
             Add(solved, solver, target, joints);
         }
         return solved;
     }
     if (target.xAxis) {
-        for (const host::JointValues& joints :
-             solver.SolveFromSamples(target, LimitsOf(options))) {
+        for (const host::JointValues& joints : solver.SolveFromSamples(target, LimitsOf(options))) {
             Add(solved, solver, target, joints);
         }
         return solved;

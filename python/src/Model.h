@@ -68,8 +68,8 @@ class Model
     SolvedPoses Branches(std::size_t stream, const Rows& pose, const Rows& start,
                          const InverseOptions& options);
     /// Why a pose of 6 numbers is not reached.
-    std::string Diagnose(std::size_t stream, const Rows& pose, const Rows& start,
-                         double toolLength, host::AngleUnit unit);
+    std::string Diagnose(std::size_t stream, const Rows& pose, const Rows& start, double toolLength,
+                         host::AngleUnit unit);
 
   private:
     host::MachineDescription description;

@@ -37,11 +37,9 @@ void Add(PlannedMotion& motion, const host::MotionRow& row, int line)
     motion.point.push_back(static_cast<std::int64_t>(row.point));
     motion.line.push_back(line);
     motion.asked.insert(motion.asked.end(), row.asked.position.begin(), row.asked.position.end());
-    motion.asked.insert(motion.asked.end(), row.asked.direction.begin(),
-                        row.asked.direction.end());
+    motion.asked.insert(motion.asked.end(), row.asked.direction.begin(), row.asked.direction.end());
     motion.positionError.push_back(hasFailed ? kNone : row.error.position);
-    motion.directionError.push_back(hasFailed ? kNone
-                                              : host::ToRadians(row.error.direction_deg));
+    motion.directionError.push_back(hasFailed ? kNone : host::ToRadians(row.error.direction_deg));
     motion.branch.push_back(hasFailed ? 0 : row.branch);
     motion.flags.push_back(BitsOf(row.flags));
 }
