@@ -27,10 +27,10 @@ unsigned char BitsOf(const host::RowFlags& flags)
 
 void Add(PlannedMotion& motion, const host::MotionRow& row, int line)
 {
-    constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
     const bool hasFailed = row.flags.hasFailed;
     if (hasFailed) {
-        motion.joints.insert(motion.joints.end(), motion.axes.size(), kNone);
+        motion.joints.insert(motion.joints.end(), motion.axes.size(), kNoValue);
     } else {
         motion.joints.insert(motion.joints.end(), row.joints.begin(), row.joints.end());
     }
@@ -38,8 +38,8 @@ void Add(PlannedMotion& motion, const host::MotionRow& row, int line)
     motion.line.push_back(line);
     motion.asked.insert(motion.asked.end(), row.asked.position.begin(), row.asked.position.end());
     motion.asked.insert(motion.asked.end(), row.asked.direction.begin(), row.asked.direction.end());
-    motion.positionError.push_back(hasFailed ? kNone : row.error.position);
-    motion.directionError.push_back(hasFailed ? kNone : host::ToRadians(row.error.direction_deg));
+    motion.positionError.push_back(hasFailed ? kNoValue : row.error.position);
+    motion.directionError.push_back(hasFailed ? kNoValue : host::ToRadians(row.error.direction_deg));
     motion.branch.push_back(hasFailed ? 0 : row.branch);
     motion.flags.push_back(BitsOf(row.flags));
 }
