@@ -161,25 +161,25 @@ IkJoint::JointLimitTypes LimitsOf(const InverseOptions& options)
     return options.isLimited ? IkJoint::JtLimitAll : IkJoint::JtLimitNone;
 }
 
-double AngleLeft(host::PointSolver& solver, const host::JointValues& joints,
-                 const host::PathTarget& target)
+double AngleLeft(const IkXformMat& reached, const host::PathTarget& target)
 {
-    const IkXformMat reached = solver.PoseAt(joints);
+    const double ofDirection = host::AngleBetween(host::Column(reached, 2), target.at.direction);
     if (!target.xAxis) {
-        return host::AngleBetween(host::Column(reached, 2), target.at.direction);
+        return ofDirection;
     }
     const IkXformMat asked = host::FrameOf(target.at.position, *target.xAxis, target.at.direction);
-    return std::max(host::AngleBetween(host::Column(reached, 2), host::Column(asked, 2)),
+    return std::max(ofDirection,
                     host::AngleBetween(host::Column(reached, 0), host::Column(asked, 0)));
 }
 
 void Add(SolvedPoses& solved, host::PointSolver& solver, const host::PathTarget& target,
          const host::JointValues& joints)
 {
+    const IkXformMat reached = solver.PoseAt(joints);
     solved.joints.insert(solved.joints.end(), joints.begin(), joints.end());
     solved.converged.push_back(1);
-    solved.positionError.push_back(solver.ErrorAt(joints, target.at).position);
-    solved.directionError.push_back(AngleLeft(solver, joints, target));
+    solved.positionError.push_back(host::Length(host::Column(reached, 3) - target.at.position));
+    solved.directionError.push_back(AngleLeft(reached, target));
 }
 
 void AddFailure(SolvedPoses& solved, std::size_t axes)

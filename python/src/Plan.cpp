@@ -39,7 +39,8 @@ void Add(PlannedMotion& motion, const host::MotionRow& row, int line)
     motion.asked.insert(motion.asked.end(), row.asked.position.begin(), row.asked.position.end());
     motion.asked.insert(motion.asked.end(), row.asked.direction.begin(), row.asked.direction.end());
     motion.positionError.push_back(hasFailed ? kNoValue : row.error.position);
-    motion.directionError.push_back(hasFailed ? kNoValue : host::ToRadians(row.error.direction_deg));
+    motion.directionError.push_back(hasFailed ? kNoValue
+                                              : host::ToRadians(row.error.direction_deg));
     motion.branch.push_back(hasFailed ? 0 : row.branch);
     motion.flags.push_back(BitsOf(row.flags));
 }

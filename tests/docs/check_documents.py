@@ -5,7 +5,7 @@ usage: check_documents.py ROOT BUILD CXX [PAGE...]
 
 ROOT is the checkout, BUILD a build of it with tests, CXX the compiler. Without PAGE, all of them. Fenced
 blocks are taken in order: `sh` is run in ROOT, where `trunnion` is the program of BUILD; `toml` is given
-to the program; `cpp` blocks make up one program. A block whose first line is a comment with a path in
+to the program; `cpp` blocks make up one program, `python` blocks one session with the module of BUILD. A block whose first line is a comment with a path in
 build/ is saved there instead, and blocks of its language behind it are added to it; a command must name
 the file. A `text` block behind any of these must stand in what it prints, and a table that a command prints must
 stand on the page. Numbers may differ in the fourth digit, in tables by a few cases, times altogether.
@@ -23,7 +23,7 @@ from pathlib import Path
 
 NUMBER = re.compile(r"[-+]?\d+(?:\.\d+)?(?:e[-+]?\d+)?$")
 SAVED = re.compile(r"(?:#|//) (build/\S+)\n")
-NAMED = re.compile(r"`((?:scripts|include|src|host|samples|dialects|docs|tests|examples|bench|cmake|packaging)"
+NAMED = re.compile(r"`((?:scripts|include|src|host|python|samples|dialects|docs|tests|examples|bench|cmake|packaging)"
                    r"/[\w/.-]*)")
 LINK = re.compile(r"\]\(([^)#]+)(?:#[^)]*)?\)")
 FEW_CASES = 5
@@ -64,7 +64,9 @@ class Page:
         self.printed = None  # by the last block that was run
         self.saved = {}  # path of the file to which a language's blocks are added
         self.source = ""
-        self.env = {**os.environ, "PATH": f"{build / 'host'}:{os.environ['PATH']}"}
+        self.session = ""  # what Python has been told
+        self.env = {**os.environ, "PATH": f"{build / 'host'}:{os.environ['PATH']}",
+                    "PYTHONPATH": str(build / "python")}
 
     def fail(self, sentence):
         raise SystemExit(f"{self.name}: {sentence}")
@@ -131,6 +133,10 @@ class Page:
                   f"-I{self.root / 'include'}", str(file), f"-L{library}", "-ltrunnion",
                   f"-Wl,-rpath,{library}", "-o", str(program)])
         self.printed = self.run([str(program)])
+
+    def run_python(self, content, _folder):
+        self.session += content
+        self.printed = self.run(["/usr/bin/python3", "-c", self.session])
 
     def check_output(self, shown):
         """The shown lines must stand in the printed ones, next to each other."""
