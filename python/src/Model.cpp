@@ -20,6 +20,8 @@ namespace bindings
 namespace
 {
 
+using host::operator-;
+
 constexpr std::size_t kPose = 6;
 constexpr std::size_t kPoseWithXAxis = 9;
 constexpr std::size_t kBetweenChecks = 64; // rows, so that looking at the clock costs nothing
