@@ -2,12 +2,13 @@
 
 import assert from 'node:assert/strict';
 import { after, afterEach, before, test } from 'node:test';
-import { statSync, writeFileSync } from 'node:fs';
+import { readFileSync, statSync, writeFileSync } from 'node:fs';
+import { join } from 'node:path';
 import type { Browser, Page } from 'playwright-core';
 import type { ReportData, RunData } from '../../src/data/contract.ts';
 import { openBrowser, openPage } from '../support/browser.ts';
 import { longRun } from '../support/synthetic.ts';
-import { SAMPLES, artefact, pack, readData, solve, view, withData } from '../support/samples.ts';
+import { ROOT, SAMPLES, artefact, pack, readData, solve, view, withData } from '../support/samples.ts';
 
 let browser: Browser;
 let file: string;
@@ -325,6 +326,32 @@ test('an operation of the program’s own reading that is named in markup stays 
   const made = solve('operation', { machine: SAMPLES[0]!.machine, toolpath, more: [] });
   const { page, complaints } = await openPage(browser, made);
   assert.ok((await page.textContent('#figures'))!.includes('<img src=x onerror=alert(1)></script>'));
+  assert.deepEqual(complaints, []);
+});
+
+test('each operation has its part and its tool', async () => {
+  // A second part beside the first of the gantry, on which the second operation runs.
+  const { toolpath } = SAMPLES[2]!;
+  const machine = artefact('two-parts.toml');
+  const second =
+    '[[mount]]\nname = "second"\nkind = "part"\nparent = "base"\norigin = [150, 0, 120]\n' +
+    'z_axis = [0, 0, 1]\nx_axis = [1, 0, 0]\n[[stream]]\nid = 2\ntool = "spindle"\npart = "second"\n';
+  writeFileSync(machine, readFileSync(join(ROOT, SAMPLES[2]!.machine), 'utf8') + second);
+  const two = solve('two-parts', { machine, toolpath, more: ['--operation-stream', 'FINISHING THE WALL=2'] });
+  const { operations } = readData(two).run!;
+  const { page, complaints } = await openPage(browser, two);
+  const drawn = (): Promise<string[]> =>
+    page.evaluate(() => {
+      const names = window.trunnion!.things().map(({ name }) => name);
+      return names.filter((name, index) => name.startsWith('path on') && names[index + 1] === 'toolpath');
+    });
+  assert.deepEqual(new Set(await drawn()), new Set(['path on bed']));
+  const other = operations.find(({ stream }) => stream === 2)!;
+  await page.evaluate((first) => window.trunnion!.goTo!(first), other.firstRow);
+  assert.deepEqual(new Set(await drawn()), new Set(['path on second']));
+  assert.ok((await page.textContent('#readout'))!.includes(other.name));
+  const poses = await page.evaluate(() => window.trunnion!.comparePoses!());
+  assert.ok(poses.position < 1e-5, `${poses.position} mm`);
   assert.deepEqual(complaints, []);
 });
 

@@ -1,33 +1,14 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import type { Rows } from '../../src/data/rows.ts';
 import { layoutMachine } from '../../src/scene/layout.ts';
 import { countUpTo, pathLines } from '../../src/scene/pathLines.ts';
 import { clock, exact, limitsText, short, small } from '../../src/base/format.ts';
 import { dot } from '../../src/motion/transform.ts';
 import { TRUNNION, axis } from '../support/machines.ts';
-
-function straight(x: readonly number[], flags: readonly number[]): Rows {
-  const zeros = new Float64Array(x.length);
-  return {
-    count: x.length,
-    axes: [],
-    joints: [],
-    position: [Float64Array.from(x), zeros, zeros],
-    direction: [zeros, zeros, zeros],
-    point: zeros,
-    line: zeros,
-    flags: Uint8Array.from(flags),
-    branch: zeros,
-    positionError: zeros,
-    directionError: zeros,
-    feed: zeros,
-    decimals: {},
-  };
-}
+import { rowsAlongX } from '../support/rows.ts';
 
 test('rapids and cuts are lines of their own, each up to the row that it leads to', () => {
-  const rows = straight([0, 10, 20, 30, 40], [1, 1, 0, 0, 1]);
+  const rows = rowsAlongX([0, 10, 20, 30, 40], [1, 1, 0, 0, 1]);
   const lines = pathLines(rows, { begin: 0, end: 5 }, 100);
   assert.deepEqual([...lines.kept], [0, 1, 2, 3, 4]);
   assert.deepEqual([...lines.rapids.indices], [0, 1, 3, 4]);
@@ -44,13 +25,13 @@ test('rapids and cuts are lines of their own, each up to the row that it leads t
 
 test('rows too near to be seen are left out, but not where a rapid ends', () => {
   // 0.0005 is less than the hundred thousandth part of 100.
-  const rows = straight([0, 0.0005, 0.001, 50, 50.0001, 90], [0, 0, 0, 1, 0, 0]);
+  const rows = rowsAlongX([0, 0.0005, 0.001, 50, 50.0001, 90], [0, 0, 0, 1, 0, 0]);
   const { kept } = pathLines(rows, { begin: 0, end: 6 }, 100);
   assert.deepEqual([...kept], [0, 2, 3, 5]);
 });
 
 test('a stretch is drawn by itself', () => {
-  const { kept } = pathLines(straight([0, 1, 2, 3, 4], [0, 0, 0, 0, 0]), { begin: 2, end: 4 }, 100);
+  const { kept } = pathLines(rowsAlongX([0, 1, 2, 3, 4], [0, 0, 0, 0, 0]), { begin: 2, end: 4 }, 100);
   assert.deepEqual([...kept], [2, 3]);
 });
 
