@@ -19,6 +19,16 @@ function outfile(words) {
   return path ? resolve(path) : resolve(root, 'dist/report.html');
 }
 
+/// What the licences of the packages in the page ask for.
+async function notices() {
+  const { dependencies } = JSON.parse(await readFile(resolve(root, 'package.json'), 'utf8'));
+  const texts = Object.keys(dependencies).map(async (name) => {
+    const text = await readFile(resolve(root, 'node_modules', name, 'LICENSE'), 'utf8');
+    return `${name}\n\n${text.trim()}\n`;
+  });
+  return `/*\n${(await Promise.all(texts)).join('\n')}*/`;
+}
+
 async function bundle(entry) {
   const result = await build({
     entryPoints: [resolve(root, entry)],
@@ -28,7 +38,7 @@ async function bundle(entry) {
     format: 'iife',
     target: ['es2022'],
     charset: 'ascii',
-    legalComments: 'inline',
+    legalComments: 'none',
     logLevel: 'warning',
   });
   return result.outputFiles[0].text;
@@ -47,7 +57,8 @@ const [template, script, style] = await Promise.all([
   bundle('src/main.ts'),
   bundle('src/styles.css'),
 ]);
-const page = fill(fill(template, '/*STYLE*/', style), '/*SCRIPT*/', script);
+const styled = fill(template, '/*STYLE*/', style);
+const page = fill(styled, '/*SCRIPT*/', `${await notices()}\n${script}`);
 fill(page, PLACE_OF_DATA, '');
 const path = outfile(process.argv.slice(2));
 await mkdir(dirname(path), { recursive: true });

@@ -79,7 +79,7 @@ export class RowTable {
     }
     const isShown = index === this.timeline.shownRow;
     row.classList.toggle('shown', isShown);
-    row.toggleAttribute('aria-current', isShown);
+    row.setAttribute('aria-current', String(isShown));
   }
 }
 

@@ -65,7 +65,6 @@ export class Transport {
     const { isPlaying, speed } = this.playback;
     this.play.replaceChildren(controlIcon(isPlaying ? 'pause' : 'play'));
     this.play.setAttribute('aria-label', isPlaying ? 'Pause' : 'Play');
-    this.play.setAttribute('aria-pressed', String(isPlaying));
     this.speed.value = String(speed);
   }
 

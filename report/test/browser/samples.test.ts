@@ -80,10 +80,12 @@ for (const sample of SAMPLES) {
   });
 }
 
-test('the report needs no other file and is not large', () => {
+test('the report needs no other file, is not large and has the notices of what it contains', () => {
   const html = readFileSync(artefact('trunnion-ac.html'), 'utf8');
   assert.ok(html.length < 1_500_000, `${html.length} bytes`);
   assert.ok(!/<(?:script|link|img)[^>]*\s(?:src|href)=/.test(html.slice(0, html.indexOf('<script>'))));
+  assert.match(html, /Three\.js Authors/i);
+  assert.match(html, /Leon Sorokin/);
   assert.match(html, /http-equiv="Content-Security-Policy" content="default-src 'none'/);
 });
 
