@@ -15,7 +15,7 @@ import {
   Matrix4,
   Mesh,
   MeshBasicMaterial,
-  MeshStandardMaterial,
+  MeshLambertMaterial,
   OctahedronGeometry,
   Scene,
   Sphere,
@@ -77,10 +77,10 @@ export class MachineView {
   private readonly labels: Label[] = [];
   private readonly paths: { readonly drawing: PathDrawing; readonly stretch: PlacedStretch }[] = [];
   private readonly materials = {
-    tool: new MeshStandardMaterial({ roughness: 0.55, metalness: 0.25 }),
-    part: new MeshStandardMaterial({ roughness: 0.7, metalness: 0.1 }),
-    base: new MeshStandardMaterial({ roughness: 0.8, transparent: true, opacity: 0.3, depthWrite: false }),
-    cutter: new MeshStandardMaterial({ roughness: 0.35, metalness: 0.5 }),
+    tool: new MeshLambertMaterial(),
+    part: new MeshLambertMaterial(),
+    base: new MeshLambertMaterial({ transparent: true, opacity: 0.3, depthWrite: false }),
+    cutter: new MeshLambertMaterial(),
     edges: new LineBasicMaterial({ transparent: true, opacity: 0.35 }),
     failed: new MeshBasicMaterial({ depthTest: false, transparent: true }),
   };
@@ -300,12 +300,12 @@ export class MachineView {
   private materialOf(
     side: 'tool' | 'part' | 'base',
     color: readonly [number, number, number, number] | null,
-  ): MeshStandardMaterial {
+  ): MeshLambertMaterial {
     if (color === null) {
       return this.materials[side];
     }
     const [r, g, b, opacity] = color;
-    const material = new MeshStandardMaterial({ roughness: 0.6, metalness: 0.1 });
+    const material = new MeshLambertMaterial();
     material.color.setRGB(r, g, b, 'srgb');
     material.opacity = opacity;
     material.transparent = opacity < 1;

@@ -4,7 +4,7 @@ import {
   CylinderGeometry,
   Matrix4,
   Mesh,
-  MeshStandardMaterial,
+  MeshLambertMaterial,
   SphereGeometry,
 } from 'three';
 import { frame, type Transform } from '../motion/transform.ts';
@@ -45,7 +45,7 @@ function geometryOf(solid: Solid): BufferGeometry {
   }
 }
 
-export function meshOf(solid: Solid, material: MeshStandardMaterial): Mesh {
+export function meshOf(solid: Solid, material: MeshLambertMaterial): Mesh {
   const mesh = new Mesh(geometryOf(solid), material);
   const place = frame(solid.origin, solid.xAxis, solid.zAxis);
   mesh.matrixAutoUpdate = false;
