@@ -15,7 +15,7 @@ export function small(value: number): string {
   if (value === 0) {
     return '0';
   }
-  return withMinus(Math.abs(value) >= 1e-3 ? String(Number(value.toPrecision(3))) : value.toExponential(2));
+  return withMinus(Math.abs(value) >= 1e-3 ? String(Number(value.toPrecision(3))) : value.toExponential(2).replace(/\.?0+e/, 'e'));
 }
 
 export function count(value: number): string {

@@ -27,7 +27,9 @@ export function showReadout(
     ['feed', (row) => (rows.feed[row] === 0 ? 'none' : `${small(rows.feed[row]!)} ${unit}/min`)],
     [
       'off by',
-      (row) => `${small(rows.positionError[row]!)} ${unit}, ${small(rows.directionError[row]!)} deg`,
+      (row) =>
+        `${error(rows.positionError[row]!, decimals('positionError'))} ${unit}, ` +
+        `${error(rows.directionError[row]!, decimals('directionError'))} deg`,
     ],
     [`x y z [${unit}]`, (row) => at(rows.position, row, Math.min(decimals('x'), 4))],
     ['i j k', (row) => at(rows.direction, row, Math.min(decimals('i'), 6))],
@@ -41,4 +43,9 @@ export function showReadout(
     texts.forEach(([, text], index) => setText(values[index]!, text(timeline.shownRow)));
   timeline.subscribe(show);
   show();
+}
+
+/// Of what is less than the last decimal no more is known.
+function error(value: number, decimals: number): string {
+  return value === 0 ? `under ${small(10 ** -decimals)}` : small(value);
 }

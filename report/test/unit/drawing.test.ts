@@ -92,6 +92,8 @@ test('numbers in words', () => {
   assert.equal(small(2.0056e-10), '2.01e-10');
   assert.equal(small(0.0139394), '0.0139');
   assert.equal(small(0), '0');
+  assert.equal(small(1e-9), '1e-9');
+  assert.equal(small(-2.5e-4), '\u22122.5e-4');
   assert.equal(clock(59.9), '00:59');
   assert.equal(clock(3725), '1:02:05');
   assert.equal(limitsText([null, null]), 'unlimited');
