@@ -22,6 +22,8 @@ namespace
 constexpr int kNameWidth = 12;
 constexpr int kLimitsWidth = 24;
 constexpr int kValueWidth = 14;
+constexpr std::size_t kMostShown =
+    8; // a six-axis arm has as many; with axes to spare there is no end
 
 [[noreturn]] void Refuse(const std::string& fault)
 {
@@ -57,13 +59,14 @@ class BranchTable
 {
   public:
     BranchTable(std::ostream& to, const Branches& ofBranches, const ShownUnits& inUnits)
-        : out(to), branches(ofBranches), units(inUnits)
+        : out(to), branches(ofBranches), units(inUnits),
+          count(std::min(branches.found.size(), kMostShown))
     {}
 
     void Print(const std::vector<const Axis*>& axes)
     {
         Begin("", "");
-        for (std::size_t i = 0; i < branches.found.size(); ++i) {
+        for (std::size_t i = 0; i < count; ++i) {
             out << std::right << std::setw(kValueWidth) << i + 1;
         }
         out << "\n";
@@ -96,8 +99,8 @@ class BranchTable
     void Row(const std::string& name, const std::string& limits, const TextOf& textOf)
     {
         Begin(name, limits);
-        for (const Branch& branch : branches.found) {
-            out << std::right << std::setw(kValueWidth) << textOf(branch);
+        for (std::size_t i = 0; i < count; ++i) {
+            out << std::right << std::setw(kValueWidth) << textOf(branches.found[i]);
         }
         out << "\n";
     }
@@ -105,7 +108,26 @@ class BranchTable
     std::ostream& out;
     const Branches& branches;
     ShownUnits units;
+    std::size_t count;
 };
+
+/// What the table is about.
+void PrintHeading(std::ostream& out, int stream, const Branches& branches)
+{
+    out << "stream " << stream << ": " << branches.found.size() << " of " << branches.starts
+        << " starts lead to distinct solutions";
+    if (branches.found.size() > kMostShown) {
+        out << "; the first " << kMostShown << " of them";
+    }
+    out << "\n";
+    if (branches.xAxis) {
+        out << "the pose leaves the turn of the tool about itself open; here its x axis is";
+        for (const double number : *branches.xAxis) {
+            out << " " << DecimalText(number);
+        }
+        out << "\n";
+    }
+}
 
 } // namespace
 
@@ -120,11 +142,11 @@ ExitCode ListBranches(const BranchesOptions& options, std::ostream& out, std::os
         machine, stream, point, options.ignoresLimits ? IkJoint::JtLimitNone : IkJoint::JtLimitAll);
     if (branches.found.empty()) {
         err << "no solution from " << branches.starts
-            << " starts: " << Sentence(Diagnose(machine, stream, point), units) << "\n";
+            << (branches.starts == 1 ? " start: " : " starts: ")
+            << Sentence(Diagnose(machine, stream, point), units) << "\n";
         return kExitPointsFailed;
     }
-    out << "stream " << stream.id << ": " << branches.found.size() << " of " << branches.starts
-        << " starts lead to distinct solutions\n";
+    PrintHeading(out, stream.id, branches);
     BranchTable(out, branches, units).Print(machine.AxesOf(stream));
     return kExitOk;
 }

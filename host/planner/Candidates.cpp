@@ -256,8 +256,7 @@ std::vector<JointValues> CandidateFinder::Seek(std::size_t point)
     if (place.Pair()) {
         return SeekByPair(point);
     }
-    constexpr std::size_t kMostSampledRotary = 3; // by the hybrid solver; it has one start beyond
-    if (place.SolverAt(point).FreeRotaryAxes().size() <= kMostSampledRotary) {
+    if (place.SolverAt(point).FreeRotaryAxes().size() <= kMostSampledByHybrid) {
         return SeekByHybridSolver(point);
     }
     SampleExtent extent;

@@ -2,8 +2,14 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
+#include <utility>
 
 #include <IkSolver.h>
+
+#include "solve/PointSolver.h"
+#include "solve/SampledSolver.h"
+#include "solve/ToolRoll.h"
 
 namespace host
 {
@@ -22,10 +28,8 @@ std::vector<double> JointsOf(const IkJtStateVector& states, const std::vector<co
     return joints;
 }
 
-} // namespace
-
-Branches FindBranches(const LoadedMachine& machine, const LoadedStream& stream,
-                      const ToolPoint& point, IkJoint::JointLimitTypes limits)
+Branches FindByHybridSolver(const LoadedMachine& machine, const LoadedStream& stream,
+                            const ToolPoint& point, IkJoint::JointLimitTypes limits)
 {
     IkEndState target = TargetAt(point);
     IkJtStateVector first;
@@ -42,6 +46,42 @@ Branches FindBranches(const LoadedMachine& machine, const LoadedStream& stream,
         }
     }
     return branches;
+}
+
+Branches FindByManyStarts(const LoadedMachine& machine, const LoadedStream& stream,
+                          const ToolPoint& point, IkJoint::JointLimitTypes limits)
+{
+    PointSolver solver(machine, stream, {});
+    PathTarget target{{point.position, point.direction}, std::nullopt};
+    if (HasOpenRoll(solver)) {
+        Toolpath path;
+        path.points.push_back(point);
+        target.xAxis = ToolXAxes(path, {}).front();
+    }
+    SampleExtent extent;
+    extent.starts = 256; // a single pose may take its time: few are missed then
+    extent.isLimited = limits != IkJoint::JtLimitNone;
+    const JointValues first = solver.Initial();
+    Branches branches;
+    branches.starts = extent.starts + 1;
+    branches.xAxis = target.xAxis;
+    for (JointValues& joints :
+         SampledSolver(machine, stream, {}, first).FindAll(target, first, extent)) {
+        const PoseError error = solver.ErrorAt(joints, target.at);
+        branches.found.push_back({std::move(joints), error});
+    }
+    return branches;
+}
+
+} // namespace
+
+Branches FindBranches(const LoadedMachine& machine, const LoadedStream& stream,
+                      const ToolPoint& point, IkJoint::JointLimitTypes limits)
+{
+    const bool isSampled =
+        PointSolver(machine, stream, {}).FreeRotaryAxes().size() <= kMostSampledByHybrid;
+    return isSampled ? FindByHybridSolver(machine, stream, point, limits)
+                     : FindByManyStarts(machine, stream, point, limits);
 }
 
 } // namespace host

@@ -2,8 +2,10 @@
 #define TRUNNION_HOST_SOLVE_BRANCHES_H
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
+#include "geometry/Vec3.h"
 #include "machine/LoadedMachine.h"
 #include "solve/PoseError.h"
 #include "toolpath/Toolpath.h"
@@ -23,10 +25,12 @@ struct Branches
 {
     std::vector<Branch> found;
     std::size_t starts{0};
+    std::optional<Vec3> xAxis; //!< of the tool, where the pose leaves the turn about it open
 };
 
 /// The distinct solutions at `point`, as the hybrid solver samples them from where the joints
-/// stand. The joints stay.
+/// stand. With more rotary axes than it samples they are sought from many starts, and a turn about
+/// the tool that is open is as a path has it by default. The joints stay.
 Branches FindBranches(const LoadedMachine& machine, const LoadedStream& stream,
                       const ToolPoint& point, IkJoint::JointLimitTypes limits);
 

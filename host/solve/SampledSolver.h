@@ -11,6 +11,8 @@
 namespace host
 {
 
+constexpr std::size_t kMostSampledByHybrid = 3; //!< rotary axes; it has one start beyond
+
 /// How much of what there is at a pose is looked for.
 struct SampleExtent
 {

@@ -7,6 +7,7 @@
 #include "geometry/CutterLocation.h"
 #include "geometry/Frame.h"
 #include "geometry/Units.h"
+#include "solve/SampledSolver.h"
 
 namespace host
 {
@@ -154,7 +155,6 @@ bool FillAlongFeed(const Toolpath& path, const Run& run, std::vector<Vec3>& xAxe
 bool HasOpenRoll(const PointSolver& solver)
 {
     constexpr std::size_t kNumbersOfTarget = 5; // position and direction
-    constexpr std::size_t kMostSampledByHybrid = 3;
     return solver.FreeAxes().size() > kNumbersOfTarget &&
            solver.FreeRotaryAxes().size() > kMostSampledByHybrid;
 }

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <set>
 #include <string>
@@ -5,10 +6,14 @@
 
 #include <gtest/gtest.h>
 
+#include "ArmWays.h"
 #include "MillText.h"
+#include "geometry/Frame.h"
 #include "machine/MachineAssembly.h"
 #include "machine/MachineFile.h"
 #include "solve/Branches.h"
+#include "solve/SampledSolver.h"
+#include "support/LoadedFixture.h"
 
 namespace
 {
@@ -75,6 +80,40 @@ TEST_F(LeaningTool, LeavesTheJointsWhereTheyStood)
     At(20.0, IkJoint::JtLimitAll);
     for (const host::Axis& axis : machine.axes) {
         EXPECT_EQ(axis.joint->GetCurValue(), 0.0);
+    }
+}
+
+TEST(BranchesOfAnArm, AreAllThatLieWithinTheLimitsWithTheToolTurnedToX)
+{
+    const host::LoadedMachine machine = test::Loaded(test::SixAxisArm());
+    host::PointSolver solver(machine, machine.streams.front(), {});
+    for (const host::JointValues& there :
+         {host::JointValues{0.4, 0.3, 0.9, 0.6, 0.4, -0.5}, {1.1, -0.3, -1.2, 0.7, -1.1, 1.6}}) {
+        const host::CutterLocation tool = solver.ToolAt(there);
+        host::ToolPoint point;
+        point.position = tool.position;
+        point.direction = tool.direction;
+        const host::Branches branches =
+            host::FindBranches(machine, machine.streams.front(), point, IkJoint::JtLimitAll);
+        // What of x is across the tool, which is far from x.
+        ASSERT_LT(std::fabs(tool.direction[0]), 0.9);
+        const host::Vec3& d = tool.direction;
+        const auto xAxis = host::Normalised({1 - d[0] * d[0], -d[0] * d[1], -d[0] * d[2]});
+        ASSERT_TRUE(xAxis && branches.xAxis);
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_NEAR((*branches.xAxis)[i], (*xAxis)[i], 1e-12);
+        }
+        const std::vector<host::JointValues> ways =
+            test::WaysWithinLimits(solver.Axes(), {tool, *xAxis});
+        EXPECT_GE(ways.size(), 2U);
+        EXPECT_EQ(branches.found.size(), ways.size());
+        for (const host::JointValues& way : ways) {
+            EXPECT_TRUE(std::any_of(
+                branches.found.begin(), branches.found.end(), [&](const Branch& branch) {
+                    return host::AreSameSolution(solver.Axes(), branch.joints, way);
+                }));
+        }
+        EXPECT_EQ(branches.starts, 257U);
     }
 }
 

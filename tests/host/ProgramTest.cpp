@@ -8,10 +8,12 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "ArmText.h"
 #include "MillText.h"
 #include "Paths.h"
 #include "Process.h"
@@ -702,6 +704,24 @@ TEST_F(Program, MarksBranchesBeyondTheLimits)
     EXPECT_FALSE(Contains(Run(command).out, "!"));
     command.emplace_back("--ignore-limits");
     EXPECT_TRUE(Contains(Run(command).out, " ! 40"));
+}
+
+TEST_F(Program, ListsTheBranchesOfAnArmFromManyStarts)
+{
+    // The bench's middle, from above: the turn about the tool is open. With a table there is an
+    // axis to spare, and each start leads to a solution of its own.
+    const std::vector<std::string> pose{"0", "0", "250", "0", "0", "1"};
+    for (const auto& [file, table] : {std::pair{"arm.toml", ""}, {"cell.toml", "-200, 200"}}) {
+        folder.Write(file, test::ArmText("-360, 360", table));
+        std::vector<std::string> command{"branches", file};
+        command.insert(command.end(), pose.begin(), pose.end());
+        const Outcome outcome = Run(command);
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        EXPECT_TRUE(Contains(outcome.out, " of 257 starts lead to distinct solutions"));
+        EXPECT_TRUE(Contains(outcome.out, "turn of the tool about itself open; here its x axis is "
+                                          "1 0 0\n"));
+        EXPECT_EQ(Contains(outcome.out, "; the first 8 of them\n"), std::string(table) != "");
+    }
 }
 
 TEST_F(Program, SaysWhyAPoseHasNoBranch)

@@ -6,13 +6,13 @@
 
 #include <gtest/gtest.h>
 
+#include "ArmWays.h"
 #include "MillText.h"
 #include "geometry/Frame.h"
 #include "geometry/Units.h"
 #include "machine/MachineAssembly.h"
 #include "machine/MachineFile.h"
 #include "solve/SampledSolver.h"
-#include "support/ArmInverse.h"
 #include "support/LoadedFixture.h"
 
 namespace
@@ -65,28 +65,6 @@ TEST_F(SampledArm, ReachesAPoseFromFarAway)
     }
 }
 
-/// The ways to stand at a pose that are within the limits on some turn of the axes.
-std::vector<JointValues> WaysWithinLimits(const std::vector<const host::Axis*>& axes,
-                                          const PathTarget& target)
-{
-    const IkXformMat pose = host::FrameOf(target.at.position, *target.xAxis, target.at.direction);
-    std::vector<JointValues> ways;
-    for (const test::ArmJoints& joints : test::ArmInverse(pose)) {
-        JointValues way(joints.begin(), joints.end());
-        bool isWithin = true;
-        for (std::size_t i = 0; i < way.size(); ++i) {
-            const double low = axes[i]->joint->GetLowBound();
-            const double high = axes[i]->joint->GetHiBound();
-            way[i] -= 2 * kPi * std::floor((way[i] - low) / (2 * kPi));
-            isWithin = isWithin && way[i] <= high;
-        }
-        if (isWithin) {
-            ways.push_back(way);
-        }
-    }
-    return ways;
-}
-
 TEST_F(SampledArm, FindsEveryWayToStandWithinTheLimitsOnce)
 {
     // The wrist turns over within its limits everywhere. Bent the other way the elbow would stand
@@ -97,7 +75,7 @@ TEST_F(SampledArm, FindsEveryWayToStandWithinTheLimitsOnce)
                                        {{0.4, 0.3, 1.9, 0.6, 1.0, -0.5}, 4U},
                                        {{1.1, -0.3, -1.2, 0.7, -1.1, 1.6}, 8U}}) {
         const PathTarget target = TargetAt(fk, there);
-        const std::vector<JointValues> ways = WaysWithinLimits(fk.Axes(), target);
+        const std::vector<JointValues> ways = test::WaysWithinLimits(fk.Axes(), target);
         const std::vector<JointValues> found = solver.FindAll(target, fk.Initial());
         EXPECT_EQ(ways.size(), count);
         EXPECT_EQ(found.size(), count);
