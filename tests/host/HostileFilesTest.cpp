@@ -33,11 +33,8 @@ using test::Outcome;
 using test::Process;
 using Names = std::vector<std::string>;
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr const char* kLimitMemory = ""; // the sanitizer's own map of memory takes more
-#else
-constexpr const char* kLimitMemory = "ulimit -v 200000; "; // KiB: a fifth of the largest file here
-#endif
+// [KiB], a fifth of the largest file here. A sanitizer's own map of memory takes more.
+constexpr const char* kLimitMemory = test::kIsSanitized ? "" : "ulimit -v 200000; ";
 
 std::string ShortPath(int points)
 {
