@@ -1,5 +1,6 @@
 #include "machine/Jacobian.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "IkStream.h"
@@ -133,8 +134,12 @@ void PartialJacobian(KinematicLoop& loop, const SolveFields& fields, const Refer
     IkJtStateVector& states = loop.IsSettled() ? fields.states : (copy = fields.states);
     jacobian.Resize(reference.vector.size, Count(fields.freeIndices));
     Differentiation differentiation(loop, states, reference, jacobian);
-    for (int k = 0; k < Count(fields.freeIndices); ++k) {
+    // A node that is asked may solve with other joints meanwhile: then there are others free.
+    for (int k = 0; k < std::min(jacobian.Cols(), Count(fields.freeIndices)); ++k) {
         const int index = fields.freeIndices[ToIndex(k)];
+        if (!IsStateIndex(fields, index) || states.GetState(index).GetJoint() == nullptr) {
+            continue;
+        }
         const bool isRotary = fields.rotaryFlags[ToIndex(index)];
         if (includeRotary || !isRotary) {
             differentiation.FillColumn(k, index, isRotary);

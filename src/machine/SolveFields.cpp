@@ -65,6 +65,9 @@ void InitializeFields(const SolveFields& fields, const IkStream& stream, bool lo
     for (int i = 0; i < fields.states.Size(); ++i) {
         IkJoint* joint = fields.states.GetState(i).GetJoint();
         const bool isRotary = joint != nullptr && joint->IsJoint() && joint->IsRotary();
+        if (i >= fields.states.Size() || Count(fields.rotaryFlags) != i) {
+            return; // asked whether it is one, the joint has started a solve, which filled them
+        }
         const bool isLocked = IsHeld(stream, joint) || (isRotary && lockRotary);
         fields.lockedFlags.push_back(isLocked);
         fields.rotaryFlags.push_back(isRotary);
@@ -75,6 +78,11 @@ void InitializeFields(const SolveFields& fields, const IkStream& stream, bool lo
             fields.freeIndices.push_back(i);
         }
     }
+}
+
+bool IsStateIndex(const SolveFields& fields, int index)
+{
+    return IsInRange(index, fields.rotaryFlags) && index < fields.states.Size();
 }
 
 void LockJointsLeavingBounds(const SolveFields& fields, const TNT::Array2D<double>& step)

@@ -45,6 +45,10 @@ void ClearIndices(const SolveFields& fields);
 /// own lock, by the stream's, or, when it is rotary, by `lockRotary`.
 void InitializeFields(const SolveFields& fields, const IkStream& stream, bool lockRotary);
 
+/// Whether `index` is a state's. A host's own solver may change the fields between two stages, and
+/// a node that is asked may start another solve on them.
+bool IsStateIndex(const SolveFields& fields, int index);
+
 /// Locks the free joints that `step` (a column, one row a state) would take out of their bounds.
 void LockJointsLeavingBounds(const SolveFields& fields, const TNT::Array2D<double>& step);
 

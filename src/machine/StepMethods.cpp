@@ -100,7 +100,8 @@ double BlockNorm(const JointMatrix& matrix, int first, int column, double scale)
 
 bool IsFreeRotary(const SolveFields& fields, int k)
 {
-    return fields.rotaryFlags[ToIndex(fields.freeIndices[ToIndex(k)])];
+    const int index = fields.freeIndices[ToIndex(k)];
+    return IsStateIndex(fields, index) && fields.rotaryFlags[ToIndex(index)];
 }
 
 double LargestRotaryMagnitude(const JointRow& freeStep, const SolveFields& fields)
@@ -228,7 +229,9 @@ void ExpandLimited(const JointRow& freeStep, const SolveFields& fields, JointRow
     for (int k = 0; k < freeStep.Cols(); ++k) {
         const int index = fields.freeIndices[ToIndex(k)];
         const double x = freeStep[0][k];
-        step[0][index] = IsFreeRotary(fields, k) ? Limited(x, fields.maxAngleStep) : x;
+        if (IsStateIndex(fields, index)) {
+            step[0][index] = IsFreeRotary(fields, k) ? Limited(x, fields.maxAngleStep) : x;
+        }
     }
 }
 
@@ -238,11 +241,12 @@ void ExpandDamped(const JointRow& freeStep, const SolveFields& fields, int rank,
     // and in every other case it is the entry at the rank that is written, over and over.
     SetToZero(fields.states.Size(), step);
     const int last = std::max(rank, 0);
-    for (int k = 0; k < freeStep.Cols(); ++k) {
+    for (int k = 0; k < std::min(freeStep.Cols(), step.Cols()); ++k) {
         const double x = freeStep[0][k];
         if (IsFreeRotary(fields, k) && std::fabs(x) > fields.maxAngleStep) {
             step[0][k] = Limited(x, fields.maxAngleStep);
-        } else if (last < freeStep.Cols()) {
+        } else if (last < freeStep.Cols() &&
+                   IsStateIndex(fields, fields.freeIndices[ToIndex(last)])) {
             step[0][fields.freeIndices[ToIndex(last)]] = freeStep[0][last];
         }
     }
@@ -254,7 +258,11 @@ void ExpandSelectivelyDamped(const JointRow& freeStep, const SolveFields& fields
     const double scale = gmax / (gmax + LargestRotaryMagnitude(freeStep, fields));
     SetToZero(fields.states.Size(), step);
     for (int k = 0; k < freeStep.Cols(); ++k) {
-        double& row = step[0][fields.freeIndices[ToIndex(k)]];
+        const int index = fields.freeIndices[ToIndex(k)];
+        if (!IsStateIndex(fields, index)) {
+            continue;
+        }
+        double& row = step[0][index];
         // Kept on purpose: the scale meets the row itself, still 0, so rotary joints never turn.
         row = IsFreeRotary(fields, k) ? scale * row : freeStep[0][k];
     }

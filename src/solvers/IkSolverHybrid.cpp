@@ -124,8 +124,10 @@ bool IkSolverHybrid::SetupSampleItems()
 {
     std::vector<SampledJoint> joints;
     for (const int index : RotaryJointIndices) {
-        if (!LockedFlags[ToIndex(index)]) {
-            joints.push_back({index, Candidates(*SolverJtStates.GetState(index).GetJoint())});
+        const IkJoint* joint = SolverJtStates.GetState(index).GetJoint();
+        if (joint != nullptr && trunnion::IsInRange(index, LockedFlags) &&
+            !LockedFlags[ToIndex(index)]) {
+            joints.push_back({index, Candidates(*joint)});
         }
     }
 
@@ -184,17 +186,25 @@ bool IkSolverHybrid::SolveIK(IkEndState& target, IkJtStateVector& result, bool t
         TraceDump();
     }
     SetupSampleItems();
+    IkJtStateVector start;
+    IkJtStateVector found;
     for (int i = 0; i < Count(sampleList); ++i) {
-        IkSolverSampleItem& item = sampleList[ToIndex(i)];
+        // Copies: a node that is asked may solve by this very object and replace the list.
+        start = sampleList[ToIndex(i)].startStates;
+        found = sampleList[ToIndex(i)].resultStates;
         if (isTraced) {
-            item.startStates.TraceDump(
-                trunnion::TraceSampleCaption(L"Sample States [%d]", i).c_str());
+            start.TraceDump(trunnion::TraceSampleCaption(L"Sample States [%d]", i).c_str());
         }
-        IkSolverPsuedoInverse solver(item.stream);
+        IkSolverPsuedoInverse solver(sampleList[ToIndex(i)].stream);
         solver.SetMaxIterations(kIterationsPerSample);
-        solver.SetStartingJtStates(&item.startStates);
-        item.rejected = !solver.SolveIK(target, item.resultStates, toolOnly, limitType, lockRotary);
-        item.errorValue = solver.GetCurErrorval();
+        solver.SetStartingJtStates(&start);
+        const bool isSolved = solver.SolveIK(target, found, toolOnly, limitType, lockRotary);
+        if (trunnion::IsInRange(i, sampleList)) {
+            IkSolverSampleItem& item = sampleList[ToIndex(i)];
+            item.resultStates = found;
+            item.rejected = !isSolved;
+            item.errorValue = solver.GetCurErrorval();
+        }
     }
     if (isTraced) {
         DumpSampleList(sampleList);
