@@ -101,7 +101,7 @@ double BlockNorm(const JointMatrix& matrix, int first, int column, double scale)
 bool IsFreeRotary(const SolveFields& fields, int k)
 {
     const int index = fields.freeIndices[ToIndex(k)];
-    return IsStateIndex(fields, index) && fields.rotaryFlags[ToIndex(index)];
+    return IsInRange(index, fields.rotaryFlags) && fields.rotaryFlags[ToIndex(index)];
 }
 
 double LargestRotaryMagnitude(const JointRow& freeStep, const SolveFields& fields)

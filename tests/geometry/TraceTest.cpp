@@ -109,6 +109,13 @@ TEST(Trace, FormsALabelOnlyWhereItFitsWithItsTerminator)
     }
 }
 
+TEST(Trace, CaptionsASampleOnlyWhereItFitsWithItsTerminator)
+{
+    const std::wstring fits(53, L'c'); // with two digits, 55
+    EXPECT_EQ(trunnion::TraceSampleCaption((fits + L"%d").c_str(), 12), fits + L"12");
+    EXPECT_EQ(trunnion::TraceSampleCaption((fits + L"%d").c_str(), 123), L"");
+}
+
 TEST(Trace, FormatsElementsInSevenCharactersAndThreeDigits)
 {
     const double inf = std::numeric_limits<double>::infinity();

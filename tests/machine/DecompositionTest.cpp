@@ -25,4 +25,18 @@ TEST(Decomposition, KeepsNothingOfTheMatrixBefore)
     EXPECT_EQ(svd.s.dim(), 0);
 }
 
+TEST(Counted, TakesAThousandMagnitudesAColumnAndColumnAndThrowsAtTheNext)
+{
+    for (const int columns : {1, 2}) {
+        trunnion::Counted::Allow(columns);
+        const trunnion::Counted number(-2.5);
+        double sum = 0.0;
+        for (int i = 0; i < 1000 * columns * columns; ++i) {
+            sum += abs(number);
+        }
+        EXPECT_EQ(sum, 2500.0 * columns * columns);
+        EXPECT_THROW(abs(number), trunnion::Unending);
+    }
+}
+
 } // namespace

@@ -184,6 +184,13 @@ TEST_F(ForwardKinematics, AtTheCurrentValuesNeedsNoStates)
     EXPECT_EQ(JointValues(), (Values{10, 4, 0}));
 }
 
+TEST_F(ForwardKinematics, AtTheCurrentValuesLeavesTheJointsAlone)
+{
+    x.SetDirty(false); // a value that is set, if it be the same, marks a joint
+    rig.stream.SolveFK(false);
+    EXPECT_FALSE(x.IsDirty());
+}
+
 TEST_F(ForwardKinematics, FixedPartSpaceStandsStillWhileThePartSideMoves)
 {
     IkJtStateVector states = States({10, 4, 0});

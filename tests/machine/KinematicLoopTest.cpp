@@ -197,6 +197,29 @@ TEST(KinematicLoop, SettlesNothingForAFrameThatIsNotAffineNorForTracesNorWithout
     EXPECT_FALSE(KinematicLoop(*std::make_unique<IkStream>(), false).Settle(states));
 }
 
+TEST(KinematicLoop, TakesFramesOfWhichOneElementIsAnother)
+{
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 4; ++column) {
+            Rig rig;
+            rig.Linear(rig.tool, IkJoint::JtPrimTransX);
+            IkXformMat frame;
+            frame[row][column] += 0.5;
+            rig.Body(rig.tool, frame);
+            rig.Body(rig.tool, IkXformMat::Translate(1, 20, 300));
+            rig.Connect();
+            IkJtStateVector states = rig.stream.GetJointStates();
+            states.GetState(0).SetValue(7);
+            KinematicLoop loop(rig.stream, false);
+            ASSERT_TRUE(loop.Settle(states));
+            Affine pose;
+            loop.Pose(states, pose);
+            EXPECT_EQ(RowBits(pose.e), AskedPose(rig.stream, states, false))
+                << row << ", " << column;
+        }
+    }
+}
+
 /// Alternating joints and bodies, more than a chain keeps in itself and more than states it keeps a
 /// table for.
 TEST(ChainProduct, TakesChainsOfAnyLength)

@@ -252,6 +252,27 @@ TEST(SafeSvd, EndsOnDenormalAndOnHugeMatrices)
     }
 }
 
+TEST(SafeSvd, ScalesFromBelowTwoToTheMinus960On)
+{
+    // All the same but for the exponent, which scaling takes out; as it stands the last one is of
+    // another magnitude than the decomposition's own thresholds.
+    const auto singular = [](int exponent) {
+        const double scale = std::ldexp(1.0, exponent);
+        const Svd svd =
+            Decompose(MatrixOf({{.75 * scale, .125 * scale}, {0, .5 * scale}, {.25 * scale, 0}}));
+        Values values;
+        for (const double value : svd.Singular()) {
+            values.push_back(std::ldexp(value, -exponent));
+        }
+        return values;
+    };
+    const Values values = singular(-970);
+    EXPECT_EQ(singular(-1000), values);
+    EXPECT_EQ(singular(-961), values);
+    EXPECT_EQ(singular(-960), values); // 0.75 times 2^-960
+    EXPECT_NEAR(values[0], singular(0)[0], 1e-15);
+}
+
 TEST(SafeSvd, OfAMatrixOnWhichTheIterationStallsHasRankZero)
 {
     // A one, so that nothing is scaled, beside a block of denormal numbers.

@@ -688,6 +688,32 @@ TEST(SolverWithOneStageReplaced, MayLoseItsStreamOnTheWay)
     EXPECT_FALSE(Solve(solver, At(500, 0, 0)).isSolved);
 }
 
+TEST(SolverWithOneStageReplaced, WithoutItsStreamItMeasuresTheDefaultPose)
+{
+    // The step takes the stream away. Before it the tool stands at the joints' 1, 0, 0.
+    struct Leaving : IkSolverPsuedoInverse
+    {
+        using IkSolverPsuedoInverse::IkSolverPsuedoInverse;
+        bool ObjectiveFcn(const IkEndState& current, const IkEndState&, std::vector<double>&,
+                          double& error) override
+        {
+            measured.push_back(current.GetCompleteState()[0][3]);
+            SetStreamPtr(nullptr);
+            error = 1.0;
+            return true;
+        }
+        Values measured;
+    };
+    Gantry gantry;
+    IkJtStateVector start = gantry.stream.GetJointStates();
+    start.GetState(0).SetValue(1);
+    Leaving solver(&gantry.stream);
+    ASSERT_TRUE(solver.SetStartingJtStates(&start));
+    solver.SetMaxIterations(1);
+    EXPECT_FALSE(Solve(solver, At(500, 0, 0)).isSolved);
+    EXPECT_EQ(solver.measured, (Values{1, 0}));
+}
+
 // --- the budget ---
 
 /// Steps by 1 along x a pass; `during` runs in every pass.
