@@ -1,6 +1,7 @@
 #include "Bindings.h"
 #include "Model.h"
 #include "Serial.h"
+#include "Unlocked.h"
 
 #include <memory>
 #include <optional>
@@ -78,7 +79,7 @@ py::array_t<double> Forward(Model& model, std::size_t stream, const NumberArray&
     const Rows rows = RowsOf("joints", joints);
     std::vector<double> poses;
     {
-        const py::gil_scoped_release others;
+        const Unlocked others;
         poses = model.Forward(stream, rows, toolLength, asFrames);
     }
     constexpr std::size_t kFrame = 4;
@@ -103,7 +104,7 @@ py::tuple Inverse(Model& model, std::size_t stream, const NumberArray& poses,
     const Rows from = RowsOf("start", starts);
     SolvedPoses solved;
     {
-        const py::gil_scoped_release others;
+        const Unlocked others;
         solved = model.Inverse(stream, rows, from, options);
     }
     return Arrays(std::move(solved), from.width);
@@ -116,7 +117,7 @@ py::tuple Branches(Model& model, std::size_t stream, const NumberArray& pose,
     const Rows from = RowsOf("start", start);
     SolvedPoses solved;
     {
-        const py::gil_scoped_release others;
+        const Unlocked others;
         solved = model.Branches(stream, row, from, options);
     }
     return Arrays(std::move(solved), from.width);

@@ -1,5 +1,6 @@
 #include "Arrays.h"
 #include "Bindings.h"
+#include "Unlocked.h"
 
 #include <filesystem>
 #include <memory>
@@ -48,7 +49,7 @@ PathHandle Read(const std::filesystem::path& file, const std::optional<std::stri
         }
     }
     const host::LengthUnit inUnit = UnitNamed(unit);
-    const py::gil_scoped_release others;
+    const Unlocked others;
     return std::make_shared<host::Toolpath>(host::ReadToolpath(file, known, inUnit));
 }
 

@@ -4,6 +4,7 @@
 #include "Patience.h"
 #include "Plan.h"
 #include "Serial.h"
+#include "Unlocked.h"
 
 #include <array>
 #include <memory>
@@ -59,7 +60,7 @@ py::dict Plan(const Model& model, const host::Toolpath& path, const Options& opt
     const Options copy = options; // Python may change its own meanwhile
     PlannedMotion motion;
     {
-        const py::gil_scoped_release others;
+        const Unlocked others;
         Patience patience;
         motion = PlanMotion(model.Description(), path, copy, [&] { patience.Check(); });
     }

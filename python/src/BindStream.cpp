@@ -2,6 +2,7 @@
 #include "Serial.h"
 #include "States.h"
 #include "Stream.h"
+#include "Unlocked.h"
 
 #include <optional>
 #include <utility>
@@ -82,7 +83,7 @@ std::pair<bool, std::shared_ptr<States>> Inverse(Stream& stream, IkEndState targ
     IkJtStateVector answer;
     bool hasConverged = false;
     {
-        const py::gil_scoped_release others;
+        const Unlocked others;
         hasConverged = stream.Get().SolveIK(target, answer, toolOnly, limits, lockRotary);
     }
     return {hasConverged, StatesOf(answer)};

@@ -1,4 +1,5 @@
 #include "Bindings.h"
+#include "Unlocked.h"
 
 #include <cstddef>
 
@@ -47,4 +48,5 @@ PYBIND11_MODULE(_trunnion, module)
     bindings::BindModel(module);
     bindings::BindPlan(module);
     RequireInit(module);
+    bindings::Unlocked::WaitAtExit();
 }

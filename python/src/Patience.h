@@ -3,12 +3,13 @@
 
 #include <chrono>
 
-#include <pybind11/pybind11.h>
+#include "Unlocked.h"
 
 namespace bindings
 {
 
-/// Lets Ctrl-C through now and then, from code that runs without the interpreter's lock.
+/// Lets Ctrl-C and the end of the interpreter through now and then, from code that runs without the
+/// interpreter's lock.
 class Patience
 {
   public:
@@ -20,7 +21,10 @@ class Patience
             return;
         }
         const pybind11::gil_scoped_acquire interpreter;
-        if (PyErr_CheckSignals() != 0) {
+        if (Unlocked::IsAwaited()) {
+            PyErr_SetNone(PyExc_SystemExit); // which ends a thread without a word
+        }
+        if (PyErr_Occurred() != nullptr || PyErr_CheckSignals() != 0) {
             throw pybind11::error_already_set();
         }
         last = Clock::now();

@@ -4,7 +4,7 @@
 
 #include <pthread.h>
 
-#include <pybind11/pybind11.h>
+#include "Unlocked.h"
 
 namespace bindings
 {
@@ -38,7 +38,7 @@ class ProcessMutex
 Serial::Serial() : lock(ProcessMutex::Current(), std::try_to_lock)
 {
     if (!lock) {
-        const pybind11::gil_scoped_release others;
+        const Unlocked others;
         lock.lock();
     }
 }

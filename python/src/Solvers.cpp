@@ -6,6 +6,7 @@
 #include <pybind11/stl.h>
 
 #include "Serial.h"
+#include "Unlocked.h"
 
 namespace py = pybind11;
 
@@ -90,7 +91,7 @@ Answer Solver::Solve(Request request)
     IkJtStateVector answer;
     bool hasConverged = false;
     {
-        const py::gil_scoped_release others;
+        const Unlocked others;
         hasConverged = solver->SolveIK(request.target, answer, request.toolOnly, request.limits,
                                        request.lockRotary);
     }

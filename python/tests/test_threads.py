@@ -2,6 +2,8 @@
 
 import os
 import signal
+import subprocess
+import sys
 import threading
 import time
 from concurrent.futures import ThreadPoolExecutor
@@ -162,3 +164,35 @@ def test_a_forked_child_may_solve_while_its_parent_does(trunnion_table):
                 pytest.fail("the child hangs")
             time.sleep(0.01)
         assert running.result().converged.all()
+
+
+@pytest.mark.parametrize("fork", [False, True])
+def test_the_interpreter_may_end_while_threads_solve(fork):
+    # Daemon threads in the middle of a batch, one at work and one that waits for it.
+    script = f"""
+import os, threading, time
+import numpy as np
+import trunnion
+
+stream = trunnion.load({trunnion_table_file()!r}).stream()
+far = np.tile([0.0, 0, 1e6, 0, 0, 1], (1_000_000, 1))
+for _ in range(2):
+    threading.Thread(target=stream.inverse, args=[far], daemon=True).start()
+time.sleep(0.2)
+if {fork} and os.fork() == 0:
+    assert stream.inverse([10, 20, 30, 0.1, 0.3, 0.8]).converged
+    raise SystemExit
+if {fork}:
+    assert os.wait()[1] == 0
+print("ends")
+"""
+    begin = time.monotonic()
+    done = subprocess.run(
+        [sys.executable, "-c", script], capture_output=True, text=True, timeout=60, check=False
+    )
+    assert (done.returncode, done.stdout, done.stderr) == (0, "ends\n", "")
+    assert time.monotonic() - begin < 30
+
+
+def trunnion_table_file():
+    return str(SAMPLES / "machines" / "trunnion-ac.toml")
