@@ -18,7 +18,7 @@ namespace
 using Guard = py::call_guard<Serial>;
 using ChainHandle = std::shared_ptr<Chain>;
 
-std::shared_ptr<IkNode> At(const Chain& chain, int index)
+std::shared_ptr<IkNode> NodeAt(const Chain& chain, int index)
 {
     const int size = chain.Get().Size();
     const int place = index < 0 ? index + size : index;
@@ -56,9 +56,9 @@ void BindChain(py::module_& module)
              "Makes this the way from the root of the node's tree to the node, both included.")
         .def("RemoveTail", &Chain::RemoveTail, Guard(), "Takes the node at the tip end out.")
         .def("Reset", &Chain::Reset, Guard(), "Takes all nodes out.")
-        .def("GetAt", &At, py::arg("index"), Guard(),
+        .def("GetAt", &NodeAt, py::arg("index"), Guard(),
              "The node at an index; an IndexError where there is none.")
-        .def("__getitem__", &At, py::arg("index"), Guard(),
+        .def("__getitem__", &NodeAt, py::arg("index"), Guard(),
              "The node at an index, from the end where that is negative.")
         .def(
             "Size", [](const Chain& chain) { return chain.Get().Size(); }, Guard(),

@@ -83,9 +83,9 @@ py::array_t<double> Forward(Model& model, std::size_t stream, const NumberArray&
         poses = model.Forward(stream, rows, toolLength, asFrames);
     }
     constexpr std::size_t kFrame = 4;
-    constexpr std::size_t kPose = 6;
+    constexpr std::size_t kPoseWidth = 6;
     return asFrames ? ArrayOf(std::move(poses), {rows.count, kFrame, kFrame})
-                    : ArrayOf(std::move(poses), {rows.count, kPose});
+                    : ArrayOf(std::move(poses), {rows.count, kPoseWidth});
 }
 
 py::tuple Arrays(SolvedPoses solved, std::size_t axes)
@@ -130,7 +130,7 @@ std::string Diagnose(Model& model, std::size_t stream, const NumberArray& pose,
                           inDegrees ? host::AngleUnit::Degree : host::AngleUnit::Radian);
 }
 
-void BindOptions(py::module_& module)
+void BindInverseOptions(py::module_& module)
 {
     py::enum_<StartFrom>(module, "StartFrom", "Where the solve for a pose starts.")
         .value("previous", StartFrom::Previous)
@@ -151,7 +151,7 @@ void BindOptions(py::module_& module)
 
 void BindModel(py::module_& module)
 {
-    BindOptions(module);
+    BindInverseOptions(module);
     py::class_<Model, ModelHandle>(module, "Model", "A machine that was read from a file.",
                                    py::is_final())
         .def_static("load", &Load, py::arg("file"), py::arg("tool_link"), py::arg("part_link"),
@@ -164,7 +164,7 @@ void BindModel(py::module_& module)
         .def_property_readonly(
             "length_unit",
             [](const Model& model) { return std::string(host::Symbol(model.Get().length)); },
-            "\"mm\" or \"inch\".")
+            R"("mm" or "inch".)")
         .def_property_readonly("axes", &Axes, "What is said of each axis.")
         .def_property_readonly("mounts", &Mounts, "What is said of each mount.")
         .def_property_readonly("streams", &Streams, "Id, tool, part and axes of each stream.")

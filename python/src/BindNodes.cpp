@@ -35,7 +35,7 @@ IkXformMat XformAt(IkNode& node, std::optional<double> value)
     return node.GetXformMat(value ? &*value : nullptr);
 }
 
-std::wstring Text(const py::object& node)
+std::wstring NodeText(const py::object& node)
 {
     const auto name = py::cast<std::wstring>(node.attr("__class__").attr("__name__"));
     return L"<" + name + L" \"" + node.cast<const IkNode&>().GetName() + L"\">";
@@ -94,7 +94,7 @@ void BindNode(py::module_& module)
             "__hash__",
             [](const IkNode& node) { return reinterpret_cast<std::uintptr_t>(&node) >> 4U; },
             "By identity.")
-        .def("__repr__", &Text, "The class and the name.");
+        .def("__repr__", &NodeText, "The class and the name.");
     py::class_<IkBody, IkNode, std::shared_ptr<IkBody>>(
         module, "IkBody", "A rigid body: its transform is its original frame.", py::is_final())
         .def(py::init(&Tree::Plant<IkBody>), py::arg("name") = L"NA", "A body by itself.");

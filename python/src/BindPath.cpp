@@ -132,7 +132,7 @@ void BindPath(py::module_& module)
     py::class_<host::Toolpath, PathHandle>(module, "Path", "What a toolpath asks for.",
                                            py::is_final())
         .def_static("read", &Read, py::arg("file"), py::arg("format"), py::arg("length_unit"),
-                    "From a file; lengths come out in the unit, \"mm\" or \"inch\".")
+                    R"(From a file; lengths come out in the unit, "mm" or "inch".)")
         .def_static("from_arrays", &FromArrays, py::arg("points"), py::arg("rapid"),
                     py::arg("name"), "From rows of x, y, z, i, j, k, one operation.")
         .def_property_readonly(

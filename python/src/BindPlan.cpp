@@ -37,7 +37,7 @@ py::list EventsOf(const PlannedMotion& motion)
 
 py::dict Columns(PlannedMotion motion)
 {
-    constexpr std::size_t kPose = 6;
+    constexpr std::size_t kPoseWidth = 6;
     const std::size_t rows = motion.point.size();
     py::dict columns;
     columns["events"] = EventsOf(motion);
@@ -47,7 +47,7 @@ py::dict Columns(PlannedMotion motion)
     columns["rotary"] = ArrayOf(std::move(motion.areRotary)).view("?");
     columns["point"] = ArrayOf(std::move(motion.point));
     columns["line"] = ArrayOf(std::move(motion.line));
-    columns["asked"] = ArrayOf(std::move(motion.asked), {rows, kPose});
+    columns["asked"] = ArrayOf(std::move(motion.asked), {rows, kPoseWidth});
     columns["position_error"] = ArrayOf(std::move(motion.positionError));
     columns["direction_error"] = ArrayOf(std::move(motion.directionError));
     columns["branch"] = ArrayOf(std::move(motion.branch));
@@ -57,7 +57,8 @@ py::dict Columns(PlannedMotion motion)
 
 py::dict Plan(const Model& model, const host::Toolpath& path, const Options& options)
 {
-    const Options copy = options; // Python may change its own meanwhile
+    // Python may change its own meanwhile: NOLINTNEXTLINE(performance-unnecessary-copy-*)
+    const Options copy = options;
     PlannedMotion motion;
     {
         const Unlocked others;
@@ -76,7 +77,7 @@ py::tuple FlagNames()
     return names;
 }
 
-void BindOptions(py::module_& module)
+void BindPlanOptions(py::module_& module)
 {
     py::class_<Options>(module, "PlanOptions", "The program's options, in its units.",
                         py::is_final())
@@ -119,7 +120,7 @@ void BindOptions(py::module_& module)
 
 void BindPlan(py::module_& module)
 {
-    BindOptions(module);
+    BindPlanOptions(module);
     module.attr("FLAG_NAMES") = FlagNames();
     module.def("plan", &Plan, py::arg("model"), py::arg("path"), py::arg("options"),
                py::call_guard<Serial>(), "The motion along a path, column by column.");

@@ -53,7 +53,7 @@ void BindBase(py::module_& module)
         "The iteration as an object. Its own step is empty: it measures a pose and does not move;\n"
         "IkSolverPsuedoInverse does. The stream lives as long as the solver.");
     solver
-        .def(py::init<std::shared_ptr<Stream>>(), py::arg("stream").none(false), Guard(),
+        .def(py::init<const std::shared_ptr<Stream>&>(), py::arg("stream").none(false), Guard(),
              "A solver for a stream.")
         .def("GetStreamPtr", &Solver::GetStream, "The stream.")
         .def(

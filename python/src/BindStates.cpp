@@ -52,7 +52,7 @@ std::vector<int> Indices(const Collect& collect)
     return indices;
 }
 
-StateInVector At(const StatesHandle& states, int index)
+StateInVector StateAt(const StatesHandle& states, int index)
 {
     const int size = states->vector.Size();
     const int place = index < 0 ? index + size : index;
@@ -72,7 +72,7 @@ py::list ListOf(const StatesHandle& states)
     return all;
 }
 
-std::wstring Text(States& states)
+std::wstring StatesText(States& states)
 {
     std::wstring text = L"IkJtStateVector(";
     for (int i = 0; i < states.vector.Size(); ++i) {
@@ -202,9 +202,9 @@ void BindStates(py::module_& module)
         .def(
             "__len__", [](const States& all) { return all.vector.Size(); }, Guard(),
             "The number of states.")
-        .def("GetState", &At, py::arg("index"), Guard(),
+        .def("GetState", &StateAt, py::arg("index"), Guard(),
              "The state at an index; an IndexError where there is none.")
-        .def("__getitem__", &At, py::arg("index"), Guard(),
+        .def("__getitem__", &StateAt, py::arg("index"), Guard(),
              "The state at an index, from the end where that is negative.")
         .def(
             "__iter__", [](const StatesHandle& all) { return py::iter(ListOf(all)); }, Guard(),
@@ -224,7 +224,7 @@ void BindStates(py::module_& module)
             [](const States& a, const States& b) { return StatesOf(a.vector + b.vector); },
             py::is_operator(), Guard(),
             "The states of both; of a joint that both hold the left one's.")
-        .def("__repr__", &Text, Guard(), "The joints' names with their values.");
+        .def("__repr__", &StatesText, Guard(), "The joints' names with their values.");
     BindValues(states);
 }
 

@@ -35,6 +35,7 @@ std::vector<std::shared_ptr<IkNode>> SubNodes(Stream& stream, IkStream::NodeChai
     IkChain chain;
     stream.Get().GetSubNodeChain(chain, type);
     std::vector<std::shared_ptr<IkNode>> nodes;
+    nodes.reserve(static_cast<std::size_t>(chain.Size()));
     for (int i = 0; i < chain.Size(); ++i) {
         nodes.push_back(HandleOf(chain.GetAt(i)));
     }

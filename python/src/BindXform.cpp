@@ -25,7 +25,7 @@ double& ElementAt(IkXformMat& frame, const Place& at)
     return frame[row][column];
 }
 
-std::string Text(const IkXformMat& frame)
+std::string FrameText(const IkXformMat& frame)
 {
     return "IkXformMat(" + std::string(py::repr(ArrayOf(frame).attr("tolist")())) + ")";
 }
@@ -78,7 +78,7 @@ void BindXform(py::module_& module)
                 return ArrayOf(frame);
             },
             "A copy, 4 by 4.")
-        .def("__repr__", &Text, "As Python would write it.")
+        .def("__repr__", &FrameText, "As Python would write it.")
         .def(
             "__copy__", [](const IkXformMat& frame) { return IkXformMat(frame); }, "A copy.")
         .def(

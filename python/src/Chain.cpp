@@ -18,6 +18,7 @@ void RefusePartSpace(const std::shared_ptr<IkNode>& node)
 std::vector<IkNode*> NodesOf(const IkChain& chain)
 {
     std::vector<IkNode*> nodes;
+    nodes.reserve(static_cast<std::size_t>(chain.Size()));
     for (int i = 0; i < chain.Size(); ++i) {
         nodes.push_back(chain.GetAt(i));
     }

@@ -20,8 +20,6 @@ namespace bindings
 namespace
 {
 
-using host::operator-;
-
 constexpr std::size_t kPose = 6;
 constexpr std::size_t kPoseWithXAxis = 9;
 constexpr std::size_t kBetweenChecks = 64; // rows, so that looking at the clock costs nothing
@@ -180,7 +178,8 @@ void Add(SolvedPoses& solved, host::PointSolver& solver, const host::PathTarget&
     const IkXformMat reached = solver.PoseAt(joints);
     solved.joints.insert(solved.joints.end(), joints.begin(), joints.end());
     solved.converged.push_back(1);
-    solved.positionError.push_back(host::Length(host::Column(reached, 3) - target.at.position));
+    solved.positionError.push_back(
+        host::Length(host::operator-(host::Column(reached, 3), target.at.position)));
     solved.directionError.push_back(AngleLeft(reached, target));
 }
 

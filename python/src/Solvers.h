@@ -30,7 +30,7 @@ struct Request
 class Solver
 {
   public:
-    explicit Solver(std::shared_ptr<Stream> ofStream)
+    explicit Solver(const std::shared_ptr<Stream>& ofStream)
         : Solver(std::make_unique<IkSolver>(&ofStream->Get()), ofStream)
     {}
     virtual ~Solver() = default;
