@@ -22,7 +22,7 @@ namespace
 constexpr int kNameWidth = 12;
 constexpr int kLimitsWidth = 24;
 constexpr int kValueWidth = 14;
-constexpr std::size_t kMostShown =
+constexpr std::size_t kMostBranches =
     8; // a six-axis arm has as many; with axes to spare there is no end
 
 [[noreturn]] void Refuse(const std::string& fault)
@@ -60,7 +60,7 @@ class BranchTable
   public:
     BranchTable(std::ostream& to, const Branches& ofBranches, const ShownUnits& inUnits)
         : out(to), branches(ofBranches), units(inUnits),
-          count(std::min(branches.found.size(), kMostShown))
+          count(std::min(branches.found.size(), kMostBranches))
     {}
 
     void Print(const std::vector<const Axis*>& axes)
@@ -116,8 +116,8 @@ void PrintHeading(std::ostream& out, int stream, const Branches& branches)
 {
     out << "stream " << stream << ": " << branches.found.size() << " of " << branches.starts
         << " starts lead to distinct solutions";
-    if (branches.found.size() > kMostShown) {
-        out << "; the first " << kMostShown << " of them";
+    if (branches.found.size() > kMostBranches) {
+        out << "; the first " << kMostBranches << " of them";
     }
     out << "\n";
     if (branches.xAxis) {
