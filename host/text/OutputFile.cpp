@@ -74,7 +74,8 @@ OutputFile::~OutputFile()
 
 void OutputFile::Write(std::string_view text)
 {
-    if (std::fwrite(text.data(), 1, text.size(), stream.get()) != text.size()) {
+    // An empty text may stand nowhere, which is no place to write from.
+    if (!text.empty() && std::fwrite(text.data(), 1, text.size(), stream.get()) != text.size()) {
         Refuse(errno);
     }
 }
