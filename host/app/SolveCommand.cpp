@@ -1,9 +1,13 @@
 #include "app/SolveCommand.h"
 
+#include <algorithm>
 #include <chrono>
+#include <functional>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "app/FileDigest.h"
@@ -18,10 +22,14 @@
 #include "app/Summary.h"
 #include "machine/AxisText.h"
 #include "machine/LoadedMachine.h"
+#include "machine/MachineAssembly.h"
 #include "planner/Checkpoint.h"
 #include "planner/PathPlan.h"
+#include "ranks/SharedWork.h"
 #include "report/RunReport.h"
+#include "text/Bytes.h"
 #include "text/InputError.h"
+#include "toolpath/PathBytes.h"
 
 namespace host
 {
@@ -56,13 +64,99 @@ void CheckPlaces(const SolveOptions& options)
     RefuseOverwriting(written, read);
 }
 
+std::string BytesOf(const std::string& machineText, const Toolpath& path)
+{
+    ByteWriter bytes;
+    bytes.PutText(machineText);
+    Put(bytes, path);
+    return bytes.Take();
+}
+
+/// On the other ranks: what the leader has read is planned with, as it asks.
+ExitCode Help(const SolveOptions& options, Ranks& ranks)
+{
+    const std::string sources = ranks.FromLeader({});
+    ByteReader bytes(sources);
+    std::string machineText;
+    Toolpath path;
+    if (!bytes.TakeText(machineText) || !Take(bytes, path)) {
+        return kExitOk; // the leader has found that there is nothing to do
+    }
+    LoadedMachine machine = AssembleMachine(
+        DescriptionFromText(machineText, options.machine.file, options.machine.links));
+    std::ostringstream unheard; // the leader warns
+    const PlanRequest request = RequestFrom(options, machine, path, unheard);
+    PathPlan plan(request);
+    AnswerLeader(ranks, [&](const std::string& question) { return plan.Answer(question); });
+    return kExitOk;
+}
+
+/// The other ranks, as the leader sees them. They are let go however the run ends.
+class Helpers
+{
+  public:
+    explicit Helpers(Ranks& others) : ranks(others), leader(others) {}
+    ~Helpers()
+    {
+        if (isSharing) {
+            DismissRanks(ranks);
+        } else {
+            ranks.FromLeader({});
+        }
+    }
+    Helpers(const Helpers&) = delete;
+    Helpers& operator=(const Helpers&) = delete;
+
+    void Share(const std::function<std::string()>& sources)
+    {
+        if (ranks.Size() > 1) {
+            isSharing = true;
+            ranks.FromLeader(sources());
+        }
+    }
+    /// Null where there are none.
+    WorkLeader* Leader() { return ranks.Size() > 1 ? &leader : nullptr; }
+
+  private:
+    Ranks& ranks;
+    WorkLeader leader;
+    bool isSharing{false};
+};
+
+/// Several processes are several that may die, and take the run with them: what has been found is
+/// saved from time to time, for a small share of the time.
+class RegularSaving
+{
+  public:
+    explicit RegularSaving(std::function<void()> bySaving) : save(std::move(bySaving)) {}
+
+    void MaySave()
+    {
+        const Clock::time_point begin = Clock::now();
+        if (begin < next) {
+            return;
+        }
+        save();
+        const Clock::time_point end = Clock::now();
+        constexpr int kShare = 50;
+        next = end + std::max<Clock::duration>(kPause, kShare * (end - begin));
+    }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::seconds kPause{20};
+
+    std::function<void()> save;
+    Clock::time_point next{Clock::now() + kPause};
+};
+
 /// One run over a path.
 class PathRun
 {
   public:
     PathRun(const SolveOptions& ofUser, const SourceDigests& ofSources, const PlanRequest& request,
-            std::ostream& messages)
-        : options(ofUser), sources(ofSources), path(request.path), err(messages),
+            Helpers& withHelp, std::ostream& messages)
+        : options(ofUser), sources(ofSources), path(request.path), helpers(withHelp), err(messages),
           plan(request), units{request.machine.length,
                                ofUser.inRadians ? AngleUnit::Radian : AngleUnit::Degree},
           summary(plan.Axes(), units), showsProgress(!ofUser.isQuiet && IsErrorATerminal()),
@@ -77,15 +171,22 @@ class PathRun
         if (options.resumes) {
             LoadCheckpoint(checkpoint, fingerprint, plan);
         }
-        // Rows are written even where not all points are solved: for the user to look at.
-        const bool isFound = FindCandidates(interrupt);
-        const bool isWritten = WriteRows(interrupt, isFound);
-        if (!isFound || !isWritten) {
-            SaveCheckpoint(checkpoint, fingerprint, plan);
-            Explain(isFound);
-            return false;
+        const auto save = [&] { SaveCheckpoint(checkpoint, fingerprint, plan); };
+        RegularSaving saving(save);
+        const bool isFound = FindCandidates(interrupt, saving);
+        // A launcher that ends the run leaves a moment only: what is hard to find comes first.
+        if (!isFound) {
+            save();
         }
-        return true;
+        // Rows are written even where not all points are solved: for the user to look at.
+        const bool isWritten = WriteRows(interrupt, isFound);
+        if (isFound && !isWritten) {
+            save();
+        }
+        if (!isFound || !isWritten) {
+            Explain(isFound);
+        }
+        return isFound && isWritten;
     }
 
     /// Puts all files in their places.
@@ -100,9 +201,16 @@ class PathRun
     const Summary& Result() const { return summary; }
 
   private:
-    bool FindCandidates(const Interrupt& interrupt)
+    bool FindCandidates(const Interrupt& interrupt, RegularSaving& saving)
     {
         Progress progress(err, "solving point", path.points.size(), showsProgress);
+        if (WorkLeader* const leader = helpers.Leader()) {
+            return plan.FindShared(*leader, [&](std::size_t appended) {
+                progress.Show(appended == 0 ? 0 : plan.PointsUpTo(appended - 1));
+                saving.MaySave();
+                return !interrupt.IsRequested();
+            });
+        }
         for (std::size_t block = plan.NumAppended(); block < plan.NumBlocks(); ++block) {
             if (interrupt.IsRequested()) {
                 return false;
@@ -135,7 +243,9 @@ class PathRun
             progress.Show(point);
             return !isInterruptible || !interrupt.IsRequested();
         };
-        return plan.Build({takeRow, takeEvent, mayGoOn});
+        // Where the run has been asked to end, the others may be gone.
+        return plan.Build({takeRow, takeEvent, mayGoOn},
+                          isInterruptible ? helpers.Leader() : nullptr);
     }
 
     void Explain(bool isFound)
@@ -151,6 +261,7 @@ class PathRun
     const SolveOptions& options;
     const SourceDigests& sources;
     const Toolpath& path;
+    Helpers& helpers;
     std::ostream& err;
     PathPlan plan;
     ShownUnits units;
@@ -165,20 +276,34 @@ class PathRun
 
 ExitCode Solve(const SolveOptions& options, std::ostream& out, std::ostream& err)
 {
+    SoleRank alone;
+    return SolveShared(options, alone, out, err);
+}
+
+ExitCode SolveShared(const SolveOptions& options, Ranks& ranks, std::ostream& out,
+                     std::ostream& err)
+{
+    if (!ranks.Leads()) {
+        return Help(options, ranks);
+    }
     const auto start = std::chrono::steady_clock::now();
+    Helpers helpers(ranks);
     if (options.report) {
         PageFor("--report", options.page);
     }
     const WatchedFile machineFile(options.machine.file);
-    LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
+    const std::string machineText = ReadMachineText(options.machine.file);
+    LoadedMachine machine = AssembleMachine(
+        DescriptionFromText(machineText, options.machine.file, options.machine.links));
     const WatchedFile pathFile(options.toolpath.file);
     const Toolpath path = ReadPath(options.toolpath, machine.length, err);
-    const SourceDigests sources{machineFile.Digest(), pathFile.Digest()};
     CheckPlaces(options);
     const PlanRequest request = RequestFrom(options, machine, path, err);
+    helpers.Share([&] { return BytesOf(machineText, path); });
+    const SourceDigests sources{machineFile.Digest(), pathFile.Digest()};
 
     const Interrupt interrupt; // from here on a signal does not end it in the middle of a row
-    PathRun run(options, sources, request, err);
+    PathRun run(options, sources, request, helpers, err);
     if (!run.Execute(interrupt)) {
         return kExitInterrupted;
     }

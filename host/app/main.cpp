@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <new>
 
 #include <fcntl.h>
@@ -24,6 +25,7 @@
 #include "app/VerifyCommand.h"
 #include "app/Version.h"
 #include "app/ViewCommand.h"
+#include "ranks/Ranks.h"
 
 namespace
 {
@@ -81,8 +83,22 @@ void AddView(CLI::App& app, host::ViewOptions& options)
     view->footer(host::kExitCodes);
 }
 
+/// The leader alone speaks to the user, and alone is asked to end early: it tells the others.
+void FallSilent()
+{
+    std::cout.rdbuf(nullptr);
+    std::cerr.rdbuf(nullptr);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        std::signal(signal, SIG_IGN);
+    }
+}
+
 host::ExitCode Run(int argc, char** argv)
 {
+    const std::unique_ptr<host::Ranks> ranks = host::JoinRanks();
+    if (!ranks->Leads()) {
+        FallSilent();
+    }
     CLI::App app("Inverse and forward kinematics of machine tools", "trunnion");
     app.set_version_flag("--version", std::string("trunnion ") + host::kVersion);
     app.require_subcommand(1);
@@ -109,7 +125,10 @@ host::ExitCode Run(int argc, char** argv)
         return app.exit(answer) == 0 ? host::kExitOk : host::kExitBadInput;
     }
     if (app.got_subcommand("solve")) {
-        return host::Solve(solve, std::cout, std::cerr);
+        return host::SolveShared(solve, *ranks, std::cout, std::cerr);
+    }
+    if (!ranks->Leads()) {
+        return host::kExitOk; // the other commands are a matter of moments
     }
     if (app.got_subcommand("check")) {
         return host::Check(check, std::cout, std::cerr);
@@ -146,7 +165,7 @@ int main(int argc, char** argv)
     HoldStandardDescriptors();
     try {
         const host::ExitCode code = Run(argc, argv);
-        if (!std::cout.flush()) {
+        if (std::cout.rdbuf() != nullptr && !std::cout.flush()) {
             std::cerr << "trunnion: standard output cannot be written; check where it leads\n";
             return host::kExitBadInput;
         }

@@ -77,9 +77,14 @@ std::vector<const Axis*> LoadedMachine::AxesOf(const LoadedStream& stream) const
     return moved;
 }
 
-MachineDescription DescribeMachine(const std::filesystem::path& path, const MountLinks& links)
+std::string ReadMachineText(const std::filesystem::path& path)
 {
-    const std::string text = ReadWholeFile(path, kMaxMachineBytes);
+    return ReadWholeFile(path, kMaxMachineBytes);
+}
+
+MachineDescription DescriptionFromText(const std::string& text, const std::filesystem::path& path,
+                                       const MountLinks& links)
+{
     const std::string file = path.string();
     if (IsUrdf(path, text)) {
         return ReadUrdf(text, file, links);
@@ -89,6 +94,11 @@ MachineDescription DescribeMachine(const std::filesystem::path& path, const Moun
                                "has mounts of its own; leave them out");
     }
     return ReadMachine(text, file);
+}
+
+MachineDescription DescribeMachine(const std::filesystem::path& path, const MountLinks& links)
+{
+    return DescriptionFromText(ReadMachineText(path), path, links);
 }
 
 LoadedMachine LoadMachine(const std::filesystem::path& path, const MountLinks& links)

@@ -101,6 +101,11 @@ MachineDescription DescribeMachine(const std::filesystem::path& path, const Moun
 /// The same, assembled.
 LoadedMachine LoadMachine(const std::filesystem::path& path, const MountLinks& links = {});
 
+/// The same in two steps, for those who pass the text on. `path` says what the text is called.
+std::string ReadMachineText(const std::filesystem::path& path);
+MachineDescription DescriptionFromText(const std::string& text, const std::filesystem::path& path,
+                                       const MountLinks& links);
+
 } // namespace host
 
 #endif

@@ -1,11 +1,11 @@
 #include "planner/Checkpoint.h"
 
 #include <array>
-#include <cstdint>
-#include <cstring>
 #include <fstream>
 #include <utility>
 
+#include "planner/CandidateBytes.h"
+#include "text/Bytes.h"
 #include "text/Fingerprint.h"
 #include "text/InputError.h"
 #include "text/InputFile.h"
@@ -18,94 +18,6 @@ namespace
 {
 
 constexpr std::string_view kFormat = "trunnion checkpoint 1";
-
-/// One block as bytes, in this machine's own representation: a checkpoint is read where it was
-/// written.
-class BlockBytes
-{
-  public:
-    BlockBytes() = default;
-    explicit BlockBytes(std::string ofFile) : bytes(std::move(ofFile)) {}
-
-    const std::string& Bytes() const { return bytes; }
-    bool IsAtEnd() const { return next == bytes.size(); }
-
-    template <class Value>
-    void Put(const Value& value)
-    {
-        bytes.append(reinterpret_cast<const char*>(&value), sizeof(value));
-    }
-    template <class Value>
-    void PutAll(const std::vector<Value>& values)
-    {
-        Put(static_cast<std::uint64_t>(values.size()));
-        for (const Value& value : values) {
-            Put(value);
-        }
-    }
-
-    /// False, and nothing read, where the bytes are at their end.
-    template <class Value>
-    bool Take(Value& value)
-    {
-        if (bytes.size() - next < sizeof(value)) {
-            return false;
-        }
-        std::memcpy(&value, bytes.data() + next, sizeof(value));
-        next += sizeof(value);
-        return true;
-    }
-    template <class Value>
-    bool TakeAll(std::vector<Value>& values)
-    {
-        std::uint64_t size = 0;
-        if (!Take(size) || size > (bytes.size() - next) / sizeof(Value)) {
-            return false;
-        }
-        values.resize(size);
-        for (Value& value : values) {
-            Take(value);
-        }
-        return true;
-    }
-
-  private:
-    std::string bytes;
-    std::size_t next{0};
-};
-
-std::string Packed(const CandidateBlock& block)
-{
-    BlockBytes bytes;
-    bytes.Put(static_cast<std::uint64_t>(block.firstPoint));
-    bytes.PutAll(block.ends);
-    bytes.PutAll(block.joints);
-    bytes.PutAll(block.branches);
-    bytes.PutAll(block.parents);
-    bytes.Put(static_cast<std::uint64_t>(block.exits.size()));
-    for (const JointValues& exit : block.exits) {
-        bytes.PutAll(exit);
-    }
-    return bytes.Bytes();
-}
-
-bool Unpack(BlockBytes& bytes, CandidateBlock& block)
-{
-    std::uint64_t firstPoint = 0;
-    std::uint64_t exits = 0;
-    if (!bytes.Take(firstPoint) || !bytes.TakeAll(block.ends) || !bytes.TakeAll(block.joints) ||
-        !bytes.TakeAll(block.branches) || !bytes.TakeAll(block.parents) || !bytes.Take(exits)) {
-        return false;
-    }
-    block.firstPoint = firstPoint;
-    for (std::uint64_t i = 0; i < exits; ++i) {
-        block.exits.emplace_back();
-        if (!bytes.TakeAll(block.exits.back())) {
-            return false;
-        }
-    }
-    return true;
-}
 
 /// The line before the blocks: format, run, and a check of the blocks themselves.
 std::string Head(const std::string& fingerprint, std::string_view blocks)
@@ -144,7 +56,7 @@ void SaveCheckpoint(const std::filesystem::path& place, const std::string& finge
 {
     std::string blocks;
     for (std::size_t i = 0; i < plan.NumAppended(); ++i) {
-        blocks += Packed(plan.Appended(i));
+        blocks += BytesOf(plan.Appended(i));
     }
     OutputFile file(place);
     file.Write(Head(fingerprint, blocks));
@@ -164,10 +76,10 @@ void LoadCheckpoint(const std::filesystem::path& place, const std::string& finge
         throw InputError(place.string(),
                          "this file is damaged; take it away and run without --resume");
     }
-    BlockBytes bytes(std::move(content));
+    ByteReader bytes(content);
     while (!bytes.IsAtEnd() && plan.NumAppended() < plan.NumBlocks()) {
         CandidateBlock block;
-        if (!Unpack(bytes, block) || !plan.Accepts(block)) {
+        if (!TakeBlock(bytes, block) || !plan.Accepts(block)) {
             throw InputError(place.string(),
                              "this file is damaged; take it away and run without --resume");
         }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "planner/JointSpace.h"
 
@@ -29,16 +30,16 @@ MotionRules::MotionRules(const Workplace& at) : place(at)
 
 /// The values of an axis, whole turns apart, that its limits allow, those nearest to the start
 /// first.
-std::vector<double> MotionRules::Images(std::size_t i, double value) const
+void MotionRules::FindImages(std::size_t i, double value, std::vector<double>& images) const
 {
     const Axis& axis = *place.Axes()[i];
-    if (!axis.isRotary) {
-        return IsWithinLimits(axis, value) ? std::vector<double>{value} : std::vector<double>{};
+    images.clear();
+    if (!axis.isRotary || !CountsTurns(axis)) {
+        if (axis.isRotary || IsWithinLimits(axis, value)) {
+            images.push_back(value);
+        }
+        return;
     }
-    if (!CountsTurns(axis)) {
-        return {value};
-    }
-    std::vector<double> images;
     for (double image = BaseImage(axis, value); IsWithinLimits(axis, image); image += kTurn) {
         images.push_back(image);
     }
@@ -46,22 +47,29 @@ std::vector<double> MotionRules::Images(std::size_t i, double value) const
     std::stable_sort(images.begin(), images.end(), [start](double a, double b) {
         return std::fabs(a - start) < std::fabs(b - start);
     });
-    return images;
 }
 
 /// Every combination of the images of all axes, the last axis varying fastest.
-std::vector<JointValues> MotionRules::AllImages(const JointValues& joints) const
+std::vector<JointValues> MotionRules::AllImages(JointValues joints) const
 {
     constexpr std::size_t kMostStates = 64;
-    std::vector<JointValues> all{{}};
-    for (std::size_t i = 0; i < joints.size(); ++i) {
-        const std::vector<double> images = Images(i, joints[i]);
+    const std::size_t count = joints.size();
+    std::vector<JointValues> all{std::move(joints)};
+    std::vector<double> images;
+    for (std::size_t i = 0; i < count && !all.empty(); ++i) {
+        FindImages(i, all.front()[i], images);
+        if (images.size() == 1) {
+            for (JointValues& begun : all) {
+                begun[i] = images.front();
+            }
+            continue;
+        }
         std::vector<JointValues> extended;
         for (const JointValues& begun : all) {
             for (const double image : images) {
                 if (extended.size() < kMostStates) {
                     extended.push_back(begun);
-                    extended.back().push_back(image);
+                    extended.back()[i] = image;
                 }
             }
         }
@@ -273,7 +281,12 @@ std::optional<MotionState> Choice::StateAt(std::size_t point) const
     if (chosen[point] == kNone) {
         return std::nullopt;
     }
-    return rules.StatesAt(candidates, point)[static_cast<std::size_t>(chosen[point])];
+    Remembered& last = remembered[point % remembered.size()];
+    if (!last.state || last.point != point) {
+        last.point = point;
+        last.state = rules.StatesAt(candidates, point)[static_cast<std::size_t>(chosen[point])];
+    }
+    return last.state;
 }
 
 std::optional<std::size_t> Choice::PointBefore(std::size_t point) const
@@ -284,6 +297,15 @@ std::optional<std::size_t> Choice::PointBefore(std::size_t point) const
         }
     }
     return std::nullopt;
+}
+
+std::vector<JointValues> Choice::CandidatesAt(std::size_t point) const
+{
+    std::vector<JointValues> all;
+    for (std::size_t i = 0; i < candidates.CountAt(point); ++i) {
+        all.push_back(candidates.JointsAt(point, i));
+    }
+    return all;
 }
 
 Passage Choice::PassageTo(std::size_t point) const

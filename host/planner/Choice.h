@@ -1,6 +1,7 @@
 #ifndef TRUNNION_HOST_PLANNER_CHOICE_H
 #define TRUNNION_HOST_PLANNER_CHOICE_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -85,34 +86,61 @@ class MotionRules
     bool HasRoomToTurnBack(const MotionState& from, const MotionState& to) const;
     static double Turn(const RotaryAxis& axis, const JointValues& from, const JointValues& to);
     WayKind KindBetween(std::size_t from, std::size_t to) const;
-    std::vector<double> Images(std::size_t i, double value) const;
-    std::vector<JointValues> AllImages(const JointValues& joints) const;
+    void FindImages(std::size_t i, double value, std::vector<double>& images) const;
+    std::vector<JointValues> AllImages(JointValues joints) const;
 
     const Workplace& place;
     std::vector<RotaryAxis> rotary;
 };
 
+/// What was chosen at the points of a path.
+class ChosenMotion
+{
+  public:
+    ChosenMotion() = default;
+    virtual ~ChosenMotion() = default;
+    ChosenMotion(const ChosenMotion&) = delete;
+    ChosenMotion& operator=(const ChosenMotion&) = delete;
+
+    /// Nothing where a point has no state, or leaves the first axis of the pair free.
+    virtual std::optional<MotionState> StateAt(std::size_t point) const = 0;
+    /// How the motion gets to this point, which has a state.
+    virtual Passage PassageTo(std::size_t point) const = 0;
+    /// All the candidates of a point that has no state.
+    virtual std::vector<JointValues> CandidatesAt(std::size_t point) const = 0;
+    /// The end of the points of which this knows.
+    virtual std::size_t EndPoint() const = 0;
+};
+
 /// The least costly motion through the candidates, changing branch at rapids and the pole alone;
 /// where none leads on it breaks off as seldom as can be, and the way the user allows if it can.
-class Choice
+class Choice final : public ChosenMotion
 {
   public:
     Choice(const Workplace& place, const CandidateTable& table);
 
-    /// Nothing where a point has no state, or leaves the first axis of the pair free.
-    std::optional<MotionState> StateAt(std::size_t point) const;
+    std::optional<MotionState> StateAt(std::size_t point) const override;
     /// The last point before this one that has a state.
     std::optional<std::size_t> PointBefore(std::size_t point) const;
-    /// How the motion gets to this point, which has a state.
-    Passage PassageTo(std::size_t point) const;
+    Passage PassageTo(std::size_t point) const override;
+    std::vector<JointValues> CandidatesAt(std::size_t point) const override;
+    std::size_t EndPoint() const override { return chosen.size(); }
     MotionCost Cost() const { return total; }
 
   private:
+    /// A state that was looked up before, for whoever comes back to it at the next point.
+    struct Remembered
+    {
+        std::size_t point{0};
+        std::optional<MotionState> state;
+    };
+
     void Run();
     MotionRules rules;
     const CandidateTable& candidates;
     std::vector<std::int32_t> chosen; // state of each point; -1 for none
     MotionCost total;
+    mutable std::array<Remembered, 2> remembered; // of an even and of an odd point
 };
 
 } // namespace host

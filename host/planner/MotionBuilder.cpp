@@ -38,31 +38,29 @@ std::vector<ExceededAxis> Exceeded(const std::vector<const Axis*>& axes, JointVa
 
 } // namespace
 
-MotionBuilder::MotionBuilder(Workplace& at, const CandidateTable& ofCandidates,
-                             const Choice& ofMotion, RowTaker toRows, EventTaker toEvents)
-    : place(at), candidates(ofCandidates), choice(ofMotion), linearisation(at),
-      takeRow(std::move(toRows)), takeEvent(std::move(toEvents)), current(at.Start()),
-      isAtLimit(current.size(), false)
-{}
+MotionBuilder::MotionBuilder(Workplace& at, const ChosenMotion& ofMotion, RowTaker toRows,
+                             EventTaker toEvents, Purpose ofBuilding)
+    : place(at), choice(ofMotion), purpose(ofBuilding), linearisation(at),
+      takeRow(std::move(toRows)), takeEvent(std::move(toEvents))
+{
+    now.current = at.Start();
+    now.isAtLimit.assign(now.current.size(), 0);
+}
 
 void MotionBuilder::Build(std::size_t point)
 {
     if (const std::optional<MotionState> state = choice.StateAt(point)) {
         const Passage passage = choice.PassageTo(point);
-        if (isFollowed && passage != Passage::Straight && !Swing(point, *state, passage)) {
+        if (now.isFollowed && passage != Passage::Straight && !Swing(point, *state, passage)) {
             return;
         }
-        BuildPoint(point, OnNearestTurns(place.Axes(), state->joints, current), state->branch);
+        BuildPoint(point, OnNearestTurns(place.Axes(), state->joints, now.current), state->branch);
     } else if (place.IsAtPole(place.PointAt(point).direction)) {
         if (const std::optional<JointValues> joints = StandAtPole(point)) {
             BuildPoint(point, *joints, kNoBranch);
         }
     } else {
-        std::vector<JointValues> beyondLimits;
-        for (std::size_t i = 0; i < candidates.CountAt(point); ++i) {
-            beyondLimits.push_back(candidates.JointsAt(point, i));
-        }
-        Fail(point, WhyNot(point, beyondLimits));
+        Fail(point, WhyNot(point, choice.CandidatesAt(point)));
     }
 }
 
@@ -73,7 +71,7 @@ void MotionBuilder::BuildPoint(std::size_t point, JointValues joints, int branch
         Fail(point, "the axes reach it only just beyond their limits; widen them or move the part");
         return;
     }
-    const JointValues before = current;
+    const JointValues before = now.current;
     if (!LeadTo(point, joints)) {
         return;
     }
@@ -85,9 +83,9 @@ void MotionBuilder::BuildPoint(std::size_t point, JointValues joints, int branch
     row.flags.isRapid = place.PointAt(point).isRapid;
     row.flags.isFlip = NoteSwing(point, before, joints, branch);
     row.joints = std::move(joints);
-    stands = point;
-    isFollowed = true;
-    currentBranch = branch == kNoBranch ? currentBranch : branch;
+    now.stands = point;
+    now.isFollowed = true;
+    now.branch = branch == kNoBranch ? now.branch : branch;
     Emit(std::move(row));
 }
 
@@ -96,11 +94,12 @@ void MotionBuilder::BuildPoint(std::size_t point, JointValues joints, int branch
 /// @param joints at the point; the turns of the free axis may become others
 bool MotionBuilder::LeadTo(std::size_t point, JointValues& joints)
 {
-    if (!place.Options().insertsRows || !isFollowed || place.IsFreeWay(point)) {
+    if (purpose == Purpose::Forecast || !place.Options().insertsRows || !now.isFollowed ||
+        place.IsFreeWay(point)) {
         return true;
     }
     std::vector<WayStation> stations;
-    Linearisation::Outcome outcome = linearisation.Insert(point, current, joints, stations);
+    Linearisation::Outcome outcome = linearisation.Insert(point, now.current, joints, stations);
     if (outcome != Linearisation::Outcome::Kept &&
         InsertOtherWay(point, joints, stations) == Linearisation::Outcome::Kept) {
         outcome = Linearisation::Outcome::Kept;
@@ -142,14 +141,15 @@ Linearisation::Outcome MotionBuilder::InsertOtherWay(std::size_t point, JointVal
         return Linearisation::Outcome::Unsteady;
     }
     const std::size_t first = place.Pair()->FirstAxis();
-    const double turn = joints[first] - current[first];
+    const double turn = joints[first] - now.current[first];
     if (std::fabs(turn) < kShortWay) {
         return Linearisation::Outcome::Unsteady;
     }
     JointValues other = joints;
     other[first] += turn > 0.0 ? -kTurn : kTurn;
     stations.clear();
-    const Linearisation::Outcome outcome = linearisation.Insert(point, current, other, stations);
+    const Linearisation::Outcome outcome =
+        linearisation.Insert(point, now.current, other, stations);
     if (outcome == Linearisation::Outcome::Kept) {
         joints = std::move(other);
     }
@@ -160,13 +160,13 @@ Linearisation::Outcome MotionBuilder::InsertOtherWay(std::size_t point, JointVal
 int MotionBuilder::BranchAt(const JointValues& joints) const
 {
     const std::optional<RotaryPair>& pair = place.Pair();
-    return pair ? pair->BranchOf(joints[pair->SecondAxis()]) : currentBranch;
+    return pair ? pair->BranchOf(joints[pair->SecondAxis()]) : now.branch;
 }
 
 void MotionBuilder::Fail(std::size_t point, const std::string& sentence)
 {
     Report(EventKind::Failed, point, sentence);
-    isFollowed = false;
+    now.isFollowed = false;
     MotionRow row;
     row.point = point;
     row.asked = place.Targets().LocationAt(point);
@@ -187,8 +187,8 @@ std::string MotionBuilder::WhyNot(std::size_t point, const std::vector<JointValu
         unreached.cause = Unreached::Cause::Limits;
         unreached.exceeded = Exceeded(place.Axes(), joints);
         unreached.remaining = solver.ErrorAt(joints, place.Targets().LocationAt(point));
-        const double travel =
-            RotaryTravel(place.Axes(), current, NearestImages(place.Axes(), joints, current));
+        const double travel = RotaryTravel(place.Axes(), now.current,
+                                           NearestImages(place.Axes(), joints, now.current));
         if (!least || unreached.exceeded.size() < least->exceeded.size() ||
             (unreached.exceeded.size() == least->exceeded.size() && travel < nearest)) {
             least = std::move(unreached);
@@ -207,44 +207,45 @@ std::string MotionBuilder::WhyNot(std::size_t point, const std::vector<JointValu
 void MotionBuilder::PlanPole(std::size_t point)
 {
     const std::size_t axis = place.Pair()->FirstAxis();
-    poleBegin = point;
-    poleEnd = point;
+    now.poleBegin = point;
+    now.poleEnd = point;
     std::optional<std::size_t> rapid;
     std::vector<double> way; // up to each point of the stretch and the one behind it [length]
     double length = 0.0;
-    for (; poleEnd < candidates.NumDone(); ++poleEnd) {
-        const ToolPoint& next = place.PointAt(poleEnd);
-        if (poleEnd > 0) {
-            length += Length(next.position - place.PointAt(poleEnd - 1).position);
+    for (; now.poleEnd < choice.EndPoint(); ++now.poleEnd) {
+        const ToolPoint& next = place.PointAt(now.poleEnd);
+        if (now.poleEnd > 0) {
+            length += Length(next.position - place.PointAt(now.poleEnd - 1).position);
         }
         way.push_back(length);
-        if (!rapid && poleEnd > 0 && place.IsFreeWay(poleEnd)) {
-            rapid = poleEnd;
+        if (!rapid && now.poleEnd > 0 && place.IsFreeWay(now.poleEnd)) {
+            rapid = now.poleEnd;
         }
         if (!place.IsAtPole(next.direction)) {
             break;
         }
     }
     const std::optional<MotionState> behind =
-        poleEnd < candidates.NumDone() ? choice.StateAt(poleEnd) : std::nullopt;
-    const double before = current[axis];
+        now.poleEnd < choice.EndPoint() ? choice.StateAt(now.poleEnd) : std::nullopt;
+    const double before = now.current[axis];
     const double after =
-        behind ? OnNearestTurns(place.Axes(), behind->joints, current)[axis] : before;
-    const double begin = stands ? before : after;
-    poleTurns.clear();
-    for (std::size_t i = poleBegin; i < poleEnd; ++i) {
-        const double share = length > 0.0 ? way[i - poleBegin] / length : 0.0;
-        poleTurns.push_back(rapid ? (i < *rapid ? begin : after) : begin + share * (after - begin));
+        behind ? OnNearestTurns(place.Axes(), behind->joints, now.current)[axis] : before;
+    const double begin = now.stands ? before : after;
+    now.poleTurns.clear();
+    for (std::size_t i = now.poleBegin; i < now.poleEnd; ++i) {
+        const double share = length > 0.0 ? way[i - now.poleBegin] / length : 0.0;
+        now.poleTurns.push_back(rapid ? (i < *rapid ? begin : after)
+                                      : begin + share * (after - begin));
     }
 }
 
 std::optional<JointValues> MotionBuilder::StandAtPole(std::size_t point)
 {
-    if (point >= poleEnd || point < poleBegin) {
+    if (point >= now.poleEnd || point < now.poleBegin) {
         PlanPole(point);
     }
-    JointValues joints = current;
-    const double first = poleTurns[point - poleBegin];
+    JointValues joints = now.current;
+    const double first = now.poleTurns[point - now.poleBegin];
     const CutterLocation asked = place.Targets().LocationAt(point);
     if (place.SolveAtPole(point, asked, first, joints) && AreWithinLimits(place.Axes(), joints)) {
         return joints;
@@ -276,12 +277,12 @@ bool MotionBuilder::Swing(std::size_t point, const MotionState& state, Passage p
                    "rapid before");
         return false;
     }
-    const std::size_t from = *stands;
+    const std::size_t from = *now.stands;
     const CutterLocation foot = place.Targets().LocationAt(from);
     const CutterLocation back{foot.position + options.retract * foot.direction, foot.direction};
     const std::optional<JointValues> there = OnBranchOf(state, from);
-    JointValues pulled = current;
-    JointValues swung = there.value_or(current);
+    JointValues pulled = now.current;
+    JointValues swung = there.value_or(now.current);
     if (!there || !place.SolverAt(from).SolveLinear(back.position, pulled) ||
         !place.SolverAt(from).SolveLinear(back.position, swung) ||
         !AreWithinLimits(place.Axes(), pulled) || !AreWithinLimits(place.Axes(), swung)) {
@@ -301,12 +302,12 @@ bool MotionBuilder::Swing(std::size_t point, const MotionState& state, Passage p
         row.point = from;
         row.joints = joints;
         row.asked = asked;
-        row.branch = &joints == &stands3.front().first ? currentBranch : state.branch;
+        row.branch = &joints == &stands3.front().first ? now.branch : state.branch;
         row.flags.isRewind = true;
         row.flags.isFlip = !isRewind;
         Emit(std::move(row));
     }
-    currentBranch = state.branch;
+    now.branch = state.branch;
     return true;
 }
 
@@ -331,15 +332,17 @@ std::optional<JointValues> MotionBuilder::OnBranchOf(const MotionState& state, s
     if (!place.SettleWithinLimits(point, target.at, joints)) {
         return std::nullopt;
     }
-    return OnNearestTurns(place.Axes(), std::move(joints), current);
+    return OnNearestTurns(place.Axes(), std::move(joints), now.current);
 }
 
 void MotionBuilder::Emit(MotionRow row)
 {
-    row.error = place.SolverAt(row.point).ErrorAt(row.joints, row.asked);
+    if (purpose == Purpose::Motion) {
+        row.error = place.SolverAt(row.point).ErrorAt(row.joints, row.asked);
+    }
     row.flags.isPole = place.IsInPoleCone(row.asked.direction);
     NoteLimits(row);
-    current = row.joints;
+    now.current = row.joints;
     takeRow(row);
 }
 
@@ -351,12 +354,12 @@ void MotionBuilder::NoteLimits(MotionRow& row)
         const double slack = axis.isRotary ? kRotarySlack : kLinearSlack;
         const bool isThere = row.joints[i] <= axis.joint->GetLowBound() + slack ||
                              row.joints[i] >= axis.joint->GetHiBound() - slack;
-        if (isThere && !isAtLimit[i]) {
+        if (isThere && now.isAtLimit[i] == 0) {
             Report(EventKind::Limit, row.point,
                    ValueText(axis, row.joints[i], units) + " is at its limit (" +
                        LimitsText(axis, units) + ")");
         }
-        isAtLimit[i] = isThere;
+        now.isAtLimit[i] = isThere ? 1 : 0;
         row.flags.isAtLimit = row.flags.isAtLimit || isThere;
     }
 }
@@ -365,31 +368,31 @@ void MotionBuilder::NotePole(std::size_t point)
 {
     const Vec3 direction = place.PointAt(point).direction;
     const bool isThere = place.IsInPoleCone(direction);
-    const bool isPassed = isFollowed && !place.IsFreeWay(point) && place.Pair() &&
+    const bool isPassed = now.isFollowed && !place.IsFreeWay(point) && place.Pair() &&
                           place.Pair()->AngleToPole(place.PointAt(point - 1).direction,
                                                     direction) <= place.Options().poleCone;
-    if ((isThere || isPassed) && !isInCone) {
+    if ((isThere || isPassed) && !now.isInCone) {
         Report(EventKind::Pole, point,
                "the tool comes within " + DecimalText(ToDegrees(place.Options().poleCone)) +
                    " deg of the pole of " + place.Axes()[place.Pair()->FirstAxis()]->name);
     }
-    isInCone = isThere;
-    isNearPole = isThere || isPassed;
+    now.isInCone = isThere;
+    now.isNearPole = isThere || isPassed;
 }
 
 /// Reports what swings on the way to a point; true when that is worth a flag.
 bool MotionBuilder::NoteSwing(std::size_t point, const JointValues& before,
                               const JointValues& joints, int branch)
 {
-    if (!stands) {
+    if (!now.stands) {
         return false;
     }
     const bool isRapid = place.IsFreeWay(point);
-    const bool isFree = isRapid || !isFollowed;
+    const bool isFree = isRapid || !now.isFollowed;
     const std::string way = isRapid  ? " on the rapid to it"
                             : isFree ? " past what is not reached"
                                      : " on the way to it";
-    if (branch != kNoBranch && currentBranch != kNoBranch && branch != currentBranch) {
+    if (branch != kNoBranch && now.branch != kNoBranch && branch != now.branch) {
         Report(isFree ? EventKind::Flip : EventKind::Pole, point,
                isFree ? "the axes swing to branch " + std::to_string(branch) + way
                       : "the tool passes over the pole to branch " + std::to_string(branch));
@@ -406,8 +409,8 @@ bool MotionBuilder::NoteSwing(std::size_t point, const JointValues& before,
         if (isFree && !axis.IsUnlimited() && turn > kPi) {
             Report(EventKind::Rewind, point, turns + way);
         } else if (!isFree && turn > kLargeTurn) {
-            Report(isNearPole ? EventKind::Pole : EventKind::Flip, point, turns + way);
-            isLarge = !isNearPole;
+            Report(now.isNearPole ? EventKind::Pole : EventKind::Flip, point, turns + way);
+            isLarge = !now.isNearPole;
         }
     }
     return isLarge;

@@ -2,9 +2,11 @@
 #define TRUNNION_HOST_PLANNER_MOTION_BUILDER_H
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "motion/Event.h"
@@ -16,6 +18,23 @@
 namespace host
 {
 
+/// How far the motion has come between two points: all that the rows to come depend on besides what
+/// was chosen.
+struct MotionStand
+{
+    JointValues current;               //!< where the axes stand
+    std::optional<std::size_t> stands; //!< the point at which they do; nothing before the first
+    int branch{0};                     //!< the last one
+    bool isFollowed{false}; //!< the point before was reached, so that there is a way from it
+    bool isInCone{false};
+    bool isNearPole{false}; //!< the way to the point leads through the cone
+    std::vector<std::int8_t> isAtLimit;
+    // The stretch of points at the pole that is under way: how its free axis turns.
+    std::size_t poleBegin{0};
+    std::size_t poleEnd{0};
+    std::vector<double> poleTurns;
+};
+
 /// Turns a choice into the rows of the motion, point by point: unlimited axes on their nearest
 /// turns, the free axis led over the pole, rows inserted, axes swung away from the part.
 class MotionBuilder
@@ -24,8 +43,19 @@ class MotionBuilder
     using RowTaker = std::function<void(const MotionRow&)>;
     using EventTaker = std::function<void(const Event&)>;
 
-    MotionBuilder(Workplace& at, const CandidateTable& ofCandidates, const Choice& ofMotion,
-                  RowTaker toRows, EventTaker toEvents);
+    enum class Purpose {
+        Motion,
+        /// Where the motion will stand, without the ways between the points: not quite sure, and
+        /// quick. The rows are not complete.
+        Forecast
+    };
+
+    /// Before the first point, where the axes stand at the workplace's start.
+    MotionBuilder(Workplace& at, const ChosenMotion& ofMotion, RowTaker toRows, EventTaker toEvents,
+                  Purpose ofBuilding = Purpose::Motion);
+
+    const MotionStand& Stand() const { return now; }
+    void SetStand(MotionStand stand) { now = std::move(stand); }
 
     /// The rows that lead to this point and the point's own. Points come in their order.
     void Build(std::size_t point);
@@ -53,23 +83,13 @@ class MotionBuilder
     void Report(EventKind kind, std::size_t point, const std::string& sentence);
 
     Workplace& place;
-    const CandidateTable& candidates;
-    const Choice& choice;
+    const ChosenMotion& choice;
+    Purpose purpose;
     Linearisation linearisation;
     RowTaker takeRow;
     EventTaker takeEvent;
 
-    JointValues current;               // where the axes stand
-    std::optional<std::size_t> stands; // the point at which they do; nothing before the first
-    int currentBranch{0};
-    bool isFollowed{false}; // the point before was reached, so that there is a way from it
-    bool isInCone{false};
-    bool isNearPole{false}; // the way to the point leads through the cone
-    std::vector<bool> isAtLimit;
-    // The stretch of points at the pole that is under way: how its free axis turns.
-    std::size_t poleEnd{0};
-    std::vector<double> poleTurns;
-    std::size_t poleBegin{0};
+    MotionStand now;
 };
 
 } // namespace host

@@ -1,11 +1,15 @@
 #include "planner/PathPlan.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
+#include <map>
 #include <set>
 #include <utility>
 
+#include "planner/CandidateBytes.h"
 #include "planner/Choice.h"
+#include "planner/MotionStretch.h"
 #include "solve/ToolRoll.h"
 
 namespace host
@@ -26,6 +30,10 @@ std::vector<const Axis*> AxesOfAll(const LoadedMachine& machine,
                    [&](std::size_t index) { return &machine.axes[index]; });
     return axes;
 }
+
+constexpr std::size_t kStretchPoints = 128; // so many that asking for them costs little
+
+enum class Question : std::uint8_t { Find, Build };
 
 } // namespace
 
@@ -113,13 +121,13 @@ const CandidateBlock& PathPlan::Appended(std::size_t block) const
     return section.table->Blocks()[block - section.firstBlock];
 }
 
-bool PathPlan::Build(const Takers& takers)
+bool PathPlan::Build(const Takers& takers, WorkLeader* leader)
 {
     std::vector<double> values;
     std::transform(axes.begin(), axes.end(), std::back_inserter(values),
                    [](const Axis* axis) { return axis->initial; });
     for (std::size_t i = 0; i < sections.size(); ++i) {
-        if (!BuildSection(i, takers, values)) {
+        if (!BuildSection(i, takers, leader, values)) {
             return false;
         }
     }
@@ -127,7 +135,8 @@ bool PathPlan::Build(const Takers& takers)
 }
 
 /// @param values where the axes of the rows stand; left where the section leaves them
-bool PathPlan::BuildSection(std::size_t index, const Takers& takers, std::vector<double>& values)
+bool PathPlan::BuildSection(std::size_t index, const Takers& takers, WorkLeader* leader,
+                            std::vector<double>& values)
 {
     Section& section = sections[index];
     CandidateTable& table = *section.table;
@@ -156,7 +165,10 @@ bool PathPlan::BuildSection(std::size_t index, const Takers& takers, std::vector
         event.point += section.firstPoint;
         takers.event(event);
     };
-    MotionBuilder builder(*section.place, table, choice, takeRow, takeEvent);
+    if (leader != nullptr) {
+        return BuildShared(index, choice, *leader, takeRow, takeEvent, takers);
+    }
+    MotionBuilder builder(*section.place, choice, takeRow, takeEvent);
     for (std::size_t point = 0; point < table.NumDone(); ++point) {
         if (!takers.mayGoOn(section.firstPoint + point)) {
             return false;
@@ -164,6 +176,123 @@ bool PathPlan::BuildSection(std::size_t index, const Takers& takers, std::vector
         builder.Build(point);
     }
     return true;
+}
+
+/// Where the motion will stand at the begin of each stretch is foretold by going over the chosen
+/// states alone. A stretch that was built from where it does not begin after all is built again.
+bool PathPlan::BuildShared(std::size_t index, const ChosenMotion& motion, WorkLeader& leader,
+                           const MotionBuilder::RowTaker& takeRow,
+                           const MotionBuilder::EventTaker& takeEvent, const Takers& takers)
+{
+    Workplace& place = *sections[index].place;
+    const std::size_t numPoints = motion.EndPoint();
+    const auto beginOf = [](std::size_t task) { return task * kStretchPoints; };
+    const auto endOf = [&](std::size_t task) { return std::min(beginOf(task + 1), numPoints); };
+    MotionBuilder forecast(
+        place, motion, [](const MotionRow& /*row*/) {}, [](const Event& /*event*/) {},
+        MotionBuilder::Purpose::Forecast);
+    MotionStand actual = forecast.Stand();
+    std::map<std::size_t, MotionStand> starts;
+    std::size_t taken = 0;
+
+    SharedWork<BuiltStretch> work;
+    work.end = (numPoints + kStretchPoints - 1) / kStretchPoints;
+    work.prepare = [&](std::size_t task) {
+        starts.emplace(task, forecast.Stand());
+        for (std::size_t point = beginOf(task); point < endOf(task); ++point) {
+            forecast.Build(point);
+        }
+    };
+    work.question = [&](std::size_t task) {
+        const auto steps = MotionStretch::Of(motion, beginOf(task), endOf(task));
+        ByteWriter question;
+        if (steps) {
+            question.Put(Question::Build);
+            question.Put(static_cast<std::uint64_t>(index));
+            Put(question, starts.at(task));
+            Put(question, *steps);
+        }
+        return question.Take();
+    };
+    work.work = [&](std::size_t task) {
+        return BuildStretch(place, motion, starts.at(task), beginOf(task), endOf(task));
+    };
+    work.unpack = [&](std::size_t task, const std::string& answer) {
+        BuiltStretch built;
+        ByteReader reader(answer);
+        if (!Take(reader, built)) {
+            return BuildStretch(place, motion, starts.at(task), beginOf(task), endOf(task));
+        }
+        built.start = starts.at(task);
+        return built;
+    };
+    work.take = [&](std::size_t task, BuiltStretch built) {
+        if (!AreSame(built.start, actual)) {
+            built = BuildStretch(place, motion, actual, beginOf(task), endOf(task));
+        }
+        std::size_t rows = 0;
+        for (const BuiltStretch::Happening& happening : built.events) {
+            for (; rows < happening.behindRows; ++rows) {
+                takeRow(built.rows[rows]);
+            }
+            takeEvent(happening.event);
+        }
+        for (; rows < built.rows.size(); ++rows) {
+            takeRow(built.rows[rows]);
+        }
+        actual = std::move(built.end);
+        starts.erase(task);
+        taken = endOf(task);
+    };
+    work.mayGoOn = [&] { return takers.mayGoOn(sections[index].firstPoint + taken); };
+    return leader.Run(work);
+}
+
+bool PathPlan::FindShared(WorkLeader& leader,
+                          const std::function<bool(std::size_t appended)>& mayGoOn)
+{
+    SharedWork<CandidateBlock> work;
+    work.first = appended;
+    work.end = blocks.size();
+    work.prepare = [](std::size_t /*block*/) {};
+    work.question = [](std::size_t block) {
+        ByteWriter question;
+        question.Put(Question::Find);
+        question.Put(static_cast<std::uint64_t>(block));
+        return question.Take();
+    };
+    work.work = [this](std::size_t block) { return FindBlock(block); };
+    work.unpack = [this](std::size_t block, const std::string& answer) {
+        CandidateBlock found;
+        ByteReader reader(answer);
+        return TakeBlock(reader, found) ? found : FindBlock(block);
+    };
+    work.take = [this](std::size_t /*block*/, CandidateBlock found) { Append(std::move(found)); };
+    work.mayGoOn = [&] { return mayGoOn(appended); };
+    return leader.Run(work);
+}
+
+std::string PathPlan::Answer(const std::string& question)
+{
+    ByteReader reader(question);
+    Question kind{};
+    std::uint64_t index = 0;
+    if (!reader.Take(kind) || !reader.Take(index)) {
+        return {};
+    }
+    if (kind == Question::Find) {
+        return BytesOf(FindBlock(index));
+    }
+    MotionStand start;
+    MotionStretch::Steps steps;
+    if (!Take(reader, start) || !Take(reader, steps)) {
+        return {};
+    }
+    const std::size_t begin = steps.begin;
+    const MotionStretch stretch(std::move(steps));
+    ByteWriter answer;
+    Put(answer, BuildStretch(*sections[index].place, stretch, start, begin, stretch.EndPoint()));
+    return answer.Take();
 }
 
 } // namespace host

@@ -2,7 +2,9 @@
 #define TRUNNION_HOST_PLANNER_PATH_PLAN_H
 
 #include <cstddef>
+#include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "machine/LoadedMachine.h"
@@ -10,6 +12,7 @@
 #include "planner/MotionBuilder.h"
 #include "planner/PlanOptions.h"
 #include "planner/Workplace.h"
+#include "ranks/SharedWork.h"
 #include "toolpath/Toolpath.h"
 
 namespace host
@@ -60,8 +63,14 @@ class PathPlan
     /// The axes of all streams that work on the path, in the machine's order: those of the rows.
     const std::vector<const Axis*>& Axes() const { return axes; }
     /// Chooses the motion through the candidates appended so far and builds its rows, for as long
-    /// as it may go on. False when it might not.
-    bool Build(const Takers& takers);
+    /// as it may go on. False when it might not. With other ranks to help the rows are the same.
+    bool Build(const Takers& takers, WorkLeader* leader = nullptr);
+
+    /// Finds and appends the candidates that are missing, with other ranks to help.
+    /// @param mayGoOn asked, with the number of blocks appended, again and again
+    bool FindShared(WorkLeader& leader, const std::function<bool(std::size_t appended)>& mayGoOn);
+    /// On the other ranks: what the leader wants to know of the same plan.
+    std::string Answer(const std::string& question);
 
   private:
     /// Successive points of one stream.
@@ -82,7 +91,11 @@ class PathPlan
     };
 
     void AddSection(const PlanRequest& request, std::size_t begin, std::size_t end);
-    bool BuildSection(std::size_t index, const Takers& takers, std::vector<double>& values);
+    bool BuildSection(std::size_t index, const Takers& takers, WorkLeader* leader,
+                      std::vector<double>& values);
+    bool BuildShared(std::size_t index, const ChosenMotion& motion, WorkLeader& leader,
+                     const MotionBuilder::RowTaker& takeRow,
+                     const MotionBuilder::EventTaker& takeEvent, const Takers& takers);
 
     std::vector<const Axis*> axes;
     std::vector<Section> sections;

@@ -1,0 +1,107 @@
+#include "ranks/MpiRanks.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <thread>
+#include <utility>
+
+namespace host
+{
+
+namespace
+{
+
+constexpr int kTag = 0;
+
+/// Waiting must not take the core that another rank computes on.
+void Pause()
+{
+    std::this_thread::sleep_for(std::chrono::microseconds(100));
+}
+
+} // namespace
+
+MpiRanks::MpiRanks()
+{
+    MPI_Init(nullptr, nullptr);
+    MPI_Comm_rank(MPI_COMM_WORLD, &rank);
+    MPI_Comm_size(MPI_COMM_WORLD, &size);
+}
+
+MpiRanks::~MpiRanks()
+{
+    while (!sent.empty()) {
+        Pause();
+        ForgetWhatHasLeft();
+    }
+    MPI_Finalize();
+}
+
+std::string MpiRanks::FromLeader(std::string bytes)
+{
+    constexpr std::size_t kMost = 1U << 30U; // counts are of type int
+    std::uint64_t length = bytes.size();
+    Share(&length, sizeof(length));
+    bytes.resize(length);
+    for (std::size_t done = 0; done < length; done += kMost) {
+        Share(bytes.data() + done, static_cast<int>(std::min<std::size_t>(kMost, length - done)));
+    }
+    return bytes;
+}
+
+void MpiRanks::Share(void* data, int count)
+{
+    MPI_Request request = MPI_REQUEST_NULL;
+    MPI_Ibcast(data, count, MPI_BYTE, 0, MPI_COMM_WORLD, &request);
+    int isDone = 0;
+    while (MPI_Test(&request, &isDone, MPI_STATUS_IGNORE) == MPI_SUCCESS && isDone == 0) {
+        Pause();
+    }
+}
+
+void MpiRanks::Send(int to, std::string bytes)
+{
+    ForgetWhatHasLeft();
+    Sent& message = sent.emplace_back();
+    message.bytes = std::move(bytes);
+    MPI_Isend(message.bytes.data(), static_cast<int>(message.bytes.size()), MPI_BYTE, to, kTag,
+              MPI_COMM_WORLD, &message.request);
+}
+
+/// Never waits: the rank that a message comes from may die before it is all here.
+std::optional<RankMessage> MpiRanks::Receive()
+{
+    ForgetWhatHasLeft();
+    int isThere = 0;
+    if (arriving == MPI_REQUEST_NULL) {
+        MPI_Status status;
+        MPI_Iprobe(MPI_ANY_SOURCE, kTag, MPI_COMM_WORLD, &isThere, &status);
+        if (isThere == 0) {
+            return std::nullopt;
+        }
+        int count = 0;
+        MPI_Get_count(&status, MPI_BYTE, &count);
+        incoming = {status.MPI_SOURCE, std::string(static_cast<std::size_t>(count), '\0')};
+        MPI_Irecv(incoming.bytes.data(), count, MPI_BYTE, incoming.from, kTag, MPI_COMM_WORLD,
+                  &arriving);
+    }
+    MPI_Test(&arriving, &isThere, MPI_STATUS_IGNORE);
+    return isThere == 0 ? std::nullopt : std::optional<RankMessage>(std::move(incoming));
+}
+
+void MpiRanks::Wait()
+{
+    Pause();
+}
+
+void MpiRanks::ForgetWhatHasLeft()
+{
+    sent.remove_if([](Sent& message) {
+        int hasLeft = 0;
+        MPI_Test(&message.request, &hasLeft, MPI_STATUS_IGNORE);
+        return hasLeft != 0;
+    });
+}
+
+} // namespace host

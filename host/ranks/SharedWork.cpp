@@ -1,0 +1,37 @@
+#include "ranks/SharedWork.h"
+
+namespace host
+{
+
+void AnswerLeader(Ranks& ranks,
+                  const std::function<std::string(const std::string& question)>& answer)
+{
+    while (true) {
+        const std::optional<RankMessage> message = ranks.Receive();
+        if (!message) {
+            ranks.Wait();
+            continue;
+        }
+        ByteReader reader(message->bytes);
+        std::uint64_t round = 0;
+        std::uint64_t task = 0;
+        std::string question;
+        if (!reader.Take(round) || !reader.Take(task) || !reader.TakeText(question)) {
+            return; // dismissed
+        }
+        ByteWriter writer;
+        writer.Put(round);
+        writer.Put(task);
+        writer.PutText(answer(question));
+        ranks.Send(message->from, writer.Take());
+    }
+}
+
+void DismissRanks(Ranks& ranks)
+{
+    for (int rank = 1; rank < ranks.Size(); ++rank) {
+        ranks.Send(rank, {});
+    }
+}
+
+} // namespace host

@@ -1,0 +1,135 @@
+#ifndef TRUNNION_HOST_RANKS_SHARED_WORK_H
+#define TRUNNION_HOST_RANKS_SHARED_WORK_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ranks/Ranks.h"
+#include "text/Bytes.h"
+
+namespace host
+{
+
+/// Work in numbered tasks, of which any rank can do most. Called on the leader alone.
+template <class Result>
+struct SharedWork
+{
+    std::size_t first{0};
+    std::size_t end{0};
+    /// Gets a task ready; once for each, in their order.
+    std::function<void(std::size_t task)> prepare;
+    /// What another rank has to know of it; empty where only the leader can do it.
+    std::function<std::string(std::size_t task)> question;
+    /// Does it on the leader.
+    std::function<Result(std::size_t task)> work;
+    /// What another rank has answered.
+    std::function<Result(std::size_t task, const std::string& answer)> unpack;
+    /// Takes the results in the order of the tasks.
+    std::function<void(std::size_t task, Result result)> take;
+    /// Asked before anything else is taken or done.
+    std::function<bool()> mayGoOn;
+};
+
+/// Hands out tasks as ranks become free, so that a slow one holds up nothing, and takes the results
+/// in order, so that the outcome does not depend on who did what. Few results wait at a time.
+class WorkLeader
+{
+  public:
+    explicit WorkLeader(Ranks& sharing)
+        : ranks(sharing), asked(static_cast<std::size_t>(sharing.Size()), 0)
+    {}
+
+    /// False when it might not go on; answers that are still to come are then let go by.
+    template <class Result>
+    bool Run(const SharedWork<Result>& work)
+    {
+        ++round;
+        std::fill(asked.begin(), asked.end(), 0);
+        std::map<std::size_t, Result> ready;
+        std::size_t given = work.first; // the next task that nobody has
+        std::size_t taken = work.first;
+        std::size_t prepared = work.first;
+        const std::size_t ahead = kAhead * asked.size() + 1;
+        while (taken < work.end) {
+            if (!work.mayGoOn()) {
+                return false;
+            }
+            Collect(work, ready);
+            const std::size_t stop = std::min(work.end, taken + ahead);
+            for (; prepared < stop; ++prepared) {
+                work.prepare(prepared);
+            }
+            for (std::size_t rank = 1; rank < asked.size(); ++rank) {
+                while (asked[rank] < kAhead && given < stop && Ask(rank, given, work.question)) {
+                    ++given;
+                }
+            }
+            if (const auto next = ready.find(taken); next != ready.end()) {
+                work.take(taken, std::move(next->second));
+                ready.erase(next);
+                ++taken;
+            } else if (given < stop) {
+                ready.emplace(given, work.work(given));
+                ++given;
+            } else {
+                ranks.Wait();
+            }
+        }
+        return true;
+    }
+
+  private:
+    static constexpr std::size_t kAhead = 4; // tasks that a rank has before it
+
+    template <class Result>
+    void Collect(const SharedWork<Result>& work, std::map<std::size_t, Result>& ready)
+    {
+        while (const std::optional<RankMessage> message = ranks.Receive()) {
+            ByteReader reader(message->bytes);
+            std::uint64_t ofRound = 0;
+            std::uint64_t task = 0;
+            std::string answer;
+            if (reader.Take(ofRound) && reader.Take(task) && reader.TakeText(answer) &&
+                ofRound == round) {
+                --asked[static_cast<std::size_t>(message->from)];
+                ready.emplace(task, work.unpack(task, answer));
+            }
+        }
+    }
+
+    bool Ask(std::size_t rank, std::size_t task,
+             const std::function<std::string(std::size_t)>& question)
+    {
+        const std::string text = question(task);
+        if (text.empty()) {
+            return false;
+        }
+        ByteWriter writer;
+        writer.Put(round);
+        writer.Put(static_cast<std::uint64_t>(task));
+        writer.PutText(text);
+        ranks.Send(static_cast<int>(rank), writer.Take());
+        ++asked[rank];
+        return true;
+    }
+
+    Ranks& ranks;
+    std::vector<std::size_t> asked; // of each rank, how many answers are to come
+    std::uint64_t round{0};
+};
+
+/// On the other ranks: answers questions until the leader has no more.
+void AnswerLeader(Ranks& ranks,
+                  const std::function<std::string(const std::string& question)>& answer);
+/// On the leader: no more questions.
+void DismissRanks(Ranks& ranks);
+
+} // namespace host
+
+#endif

@@ -1,0 +1,184 @@
+// The program started by mpirun, as several processes that share a run.
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Paths.h"
+#include "Process.h"
+#include "TempFolder.h"
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using test::Outcome;
+using test::Process;
+
+std::string Sample(const std::string& name)
+{
+    return (fs::path(test::kSamples) / name).string();
+}
+
+/// `arguments` of the program, started as so many processes; as one without mpirun for none.
+/// @param patience_s how long the launcher waits before it kills what it has asked to end
+std::vector<std::string> Started(int ranks, const std::vector<std::string>& arguments,
+                                 int patience_s = 1)
+{
+    std::vector<std::string> command;
+    if (ranks > 0) {
+        command = {"/usr/bin/env",
+                   "OMPI_ALLOW_RUN_AS_ROOT=1",
+                   "OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1",
+                   test::kMpirun,
+                   "--oversubscribe",
+                   "--mca",
+                   "odls_base_sigkill_timeout",
+                   std::to_string(patience_s),
+                   "-n",
+                   std::to_string(ranks)};
+    }
+    command.emplace_back(test::kProgram);
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return command;
+}
+
+class Ranks : public testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        if (std::string(test::kMpirun).empty()) {
+            GTEST_SKIP() << "built without MPI";
+        }
+    }
+
+    Outcome Run(int ranks, const std::vector<std::string>& arguments)
+    {
+        return Process(Started(ranks, arguments), folder.Path()).Wait();
+    }
+    std::string Content(const std::string& name) const
+    {
+        return test::ContentOf(folder.Path() / name);
+    }
+    /// Waves on a slope: so many points that a run takes a while.
+    void WriteLongPath() const
+    {
+        std::ostringstream path;
+        path << "UNITS/MM\nMULTAX/ON\nFEDRAT/1000\n";
+        for (int i = 0; i < 60000; ++i) {
+            const double tilt = 0.3 + 0.1 * std::sin(0.001 * i);
+            path << "GOTO/" << 40.0 * std::sin(0.0007 * i) << "," << 40.0 * std::cos(0.0005 * i)
+                 << ",10," << std::sin(tilt) * std::cos(0.0002 * i) << ","
+                 << std::sin(tilt) * std::sin(0.0002 * i) << "," << std::cos(tilt) << "\n";
+        }
+        folder.Write("long.cl", path.str());
+    }
+
+    test::TempFolder folder;
+};
+
+TEST_F(Ranks, WriteTheSameBytesHoweverManyTheyAre)
+{
+    const std::vector<std::string> solve{"solve",
+                                         Sample("machines/trunnion-ac.toml"),
+                                         Sample("toolpaths/dome-over-the-top.cl"),
+                                         "-o",
+                                         "table.csv",
+                                         "--gcode",
+                                         "program.ngc"};
+    const Outcome alone = Run(0, solve);
+    ASSERT_EQ(alone.code, 0) << alone.err;
+    const std::string table = Content("table.csv");
+    const std::string program = Content("program.ngc");
+    const auto untimed = [](const std::string& report) {
+        return report.substr(0, report.find("\ntime"));
+    };
+    for (const int ranks : {1, 2, 3, 7}) {
+        fs::remove(folder.Path() / "table.csv");
+        const Outcome shared = Run(ranks, solve);
+        EXPECT_EQ(shared.code, 0) << shared.err;
+        EXPECT_EQ(Content("table.csv"), table) << ranks;
+        EXPECT_EQ(Content("program.ngc"), program) << ranks;
+        EXPECT_EQ(untimed(shared.out), untimed(alone.out)) << ranks;
+    }
+}
+
+TEST_F(Ranks, EndTogetherWhereTheInputIsWrong)
+{
+    const Outcome shared =
+        Run(3, {"solve", Sample("machines/trunnion-ac.toml"), "missing.cl", "-o", "table.csv"});
+    EXPECT_EQ(shared.code, 2);
+    EXPECT_EQ(shared.err.find("missing.cl: this file cannot be opened"), 0U) << shared.err;
+    EXPECT_FALSE(fs::exists(folder.Path() / "table.csv"));
+}
+
+TEST_F(Ranks, LeaveOtherCommandsToOneOfThem)
+{
+    const std::vector<std::string> pose{"pose", Sample("machines/trunnion-ac.toml"), "A=10"};
+    const Outcome shared = Run(3, pose);
+    EXPECT_EQ(shared.code, 0) << shared.err;
+    EXPECT_EQ(shared.out, Run(0, pose).out);
+}
+
+/// The processes that mpirun has started, the leader first.
+std::vector<pid_t> ProcessesIn(const fs::path& folder)
+{
+    std::vector<pid_t> found;
+    for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
+        std::error_code ignored;
+        const std::string name = entry.path().filename().string();
+        if (std::all_of(name.begin(), name.end(), ::isdigit) &&
+            fs::read_symlink(entry.path() / "cwd", ignored) == folder &&
+            fs::read_symlink(entry.path() / "exe", ignored) == fs::path(test::kProgram)) {
+            found.push_back(std::stoi(name));
+        }
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+bool IsBeingWritten(const fs::path& folder)
+{
+    const fs::directory_iterator entries(folder);
+    return std::any_of(begin(entries), end(entries), [](const fs::directory_entry& entry) {
+        return entry.path().extension() == ".tmp";
+    });
+}
+
+TEST_F(Ranks, LeaveWhatIsDoneWhenOneOfThemDies)
+{
+    WriteLongPath();
+    const std::vector<std::string> solve{"solve", Sample("machines/trunnion-ac.toml"), "long.cl",
+                                         "-o", "table.csv"};
+    Process run(Started(3, solve, 10), folder.Path());
+    while (!IsBeingWritten(folder.Path())) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    const std::vector<pid_t> ranks = ProcessesIn(folder.Path());
+    ASSERT_EQ(ranks.size(), 3U);
+    ::kill(ranks.back(), SIGKILL);
+    const Outcome ended = run.Wait();
+    EXPECT_NE(ended.code, 0);
+    EXPECT_NE(ended.err.find("interrupted after "), std::string::npos) << ended.err;
+    EXPECT_FALSE(fs::exists(folder.Path() / "table.csv"));
+
+    std::vector<std::string> resume = solve;
+    resume.emplace_back("--resume");
+    ASSERT_EQ(Run(2, resume).code, 0);
+    const std::string resumed = Content("table.csv");
+    ASSERT_EQ(Run(0, solve).code, 0);
+    EXPECT_EQ(resumed, Content("table.csv"));
+}
+
+} // namespace

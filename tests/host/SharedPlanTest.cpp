@@ -1,0 +1,286 @@
+// A plan whose work is shared among ranks comes to the same motion, bit for bit, however many there
+// are and in whatever order they answer.
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "PlanRig.h"
+#include "planner/MotionStretch.h"
+#include "planner/PathPlan.h"
+#include "ranks/SharedWork.h"
+#include "text/Bytes.h"
+
+namespace
+{
+
+using host::PathPlan;
+using host::RankMessage;
+using test::Leaning;
+using test::Motion;
+using test::PathText;
+using test::PlanRig;
+
+/// A rank with one question before it, and its answer.
+class OneQuestion final : public host::Ranks
+{
+  public:
+    explicit OneQuestion(std::string text) : question(std::move(text)) {}
+    int Rank() const override { return 1; }
+    int Size() const override { return 2; }
+    std::string FromLeader(std::string bytes) override { return bytes; }
+    void Send(int /*to*/, std::string bytes) override { answer = std::move(bytes); }
+    std::optional<RankMessage> Receive() override
+    {
+        return RankMessage{0, std::exchange(question, {})};
+    }
+    void Wait() override {}
+
+    std::string answer;
+
+  private:
+    std::string question;
+};
+
+/// Ranks that keep their questions for a while and answer in an order of their own.
+class RanksInDisorder final : public host::Ranks
+{
+  public:
+    using Answering = std::function<std::string(int rank, const std::string& question)>;
+
+    RanksInDisorder(int count, unsigned seed, Answering byAnswering)
+        : size(count), random(seed), answering(std::move(byAnswering)),
+          waiting(static_cast<std::size_t>(count))
+    {}
+    int Rank() const override { return 0; }
+    int Size() const override { return size; }
+    std::string FromLeader(std::string bytes) override { return bytes; }
+    void Send(int to, std::string bytes) override
+    {
+        waiting.at(static_cast<std::size_t>(to)).push_back(std::move(bytes));
+        ++numAsked;
+    }
+    std::optional<RankMessage> Receive() override
+    {
+        const auto rank = random() % waiting.size();
+        if (random() % 3 == 0 || waiting[rank].empty()) {
+            return std::nullopt;
+        }
+        OneQuestion one(std::move(waiting[rank].front()));
+        waiting[rank].pop_front();
+        host::AnswerLeader(one, [&](const std::string& question) {
+            return answering(static_cast<int>(rank), question);
+        });
+        return RankMessage{static_cast<int>(rank), one.answer};
+    }
+    void Wait() override {}
+
+    std::size_t numAsked{0};
+
+  private:
+    int size;
+    std::mt19937 random;
+    Answering answering;
+    std::vector<std::deque<std::string>> waiting;
+};
+
+/// Everything that a motion consists of, in its order.
+struct Record
+{
+    std::string bytes;
+    std::size_t points{0};
+
+    PathPlan::Takers Takers()
+    {
+        const auto put = [this](const host::BuiltStretch& one) {
+            host::ByteWriter writer;
+            Put(writer, one);
+            bytes += writer.Bytes();
+        };
+        return {[put](const host::MotionRow& row) {
+                    host::BuiltStretch one;
+                    one.rows.push_back(row);
+                    put(one);
+                },
+                [put](const host::Event& event) {
+                    host::BuiltStretch one;
+                    one.events.push_back({0, event});
+                    put(one);
+                },
+                [this](std::size_t point) {
+                    points = point;
+                    return true;
+                }};
+    }
+};
+
+std::string PlannedAlone(const PlanRig& rig)
+{
+    PathPlan plan(rig.Request());
+    for (std::size_t block = 0; block < plan.NumBlocks(); ++block) {
+        plan.Append(plan.FindBlock(block));
+    }
+    Record record;
+    EXPECT_TRUE(plan.Build(record.Takers()));
+    return record.bytes;
+}
+
+/// The other ranks have machines of their own.
+std::string PlannedBy(int ranks, unsigned seed, const std::function<PlanRig()>& make,
+                      std::size_t& numAsked)
+{
+    const PlanRig rig = make();
+    std::vector<std::unique_ptr<PlanRig>> rigs;
+    std::vector<std::unique_ptr<PathPlan>> plans;
+    for (int rank = 0; rank < ranks; ++rank) {
+        rigs.push_back(std::make_unique<PlanRig>(make()));
+        plans.push_back(std::make_unique<PathPlan>(rigs.back()->Request()));
+    }
+    RanksInDisorder others(ranks, seed, [&](int rank, const std::string& question) {
+        return plans[static_cast<std::size_t>(rank)]->Answer(question);
+    });
+    host::WorkLeader leader(others);
+    PathPlan plan(rig.Request());
+    EXPECT_TRUE(plan.FindShared(leader, [](std::size_t) { return true; }));
+    Record record;
+    EXPECT_TRUE(plan.Build(record.Takers(), &leader));
+    numAsked = others.numAsked;
+    return record.bytes;
+}
+
+void ExpectTheSame(const std::function<PlanRig()>& make)
+{
+    const std::string alone = PlannedAlone(make());
+    for (const int ranks : {2, 3, 7}) {
+        for (int seed = 0; seed < 3; ++seed) {
+            std::size_t numAsked = 0;
+            ASSERT_EQ(PlannedBy(ranks, static_cast<unsigned>(seed), make, numAsked), alone)
+                << ranks << " ranks, seed " << seed;
+            EXPECT_GT(numAsked, 5U);
+        }
+    }
+}
+
+/// Turns that grow, rapids, points out of reach, and the pole again and again.
+host::Toolpath WindingPath()
+{
+    PathText path;
+    for (int i = 0; i < 1500; ++i) {
+        const double tilt = std::fabs(25.0 * std::sin(0.013 * i));
+        path.To({i % 391 == 390 ? 5000.0 : 20.0 + 10.0 * std::sin(0.05 * i), 0.05 * i, 0},
+                Leaning(i % 700 == 699 ? 0.0 : tilt, 2.5 * i), i % 333 == 0);
+    }
+    return path.Path();
+}
+
+TEST(SharedPlan, IsThatOfOneRankWithoutLimitsOnTurns)
+{
+    ExpectTheSame([] {
+        return PlanRig(test::TableTableText("limits = [-120, 30]", "unlimited = true"),
+                       WindingPath());
+    });
+}
+
+TEST(SharedPlan, IsThatOfOneRankWhereAxesTurnBack)
+{
+    ExpectTheSame([] {
+        PlanRig rig(test::TableTableText("limits = [-120, 30]", "limits = [-400, 400]"),
+                    WindingPath());
+        rig.options.rewind = host::RetractPolicy::Retract;
+        rig.options.branchChange = host::RetractPolicy::Retract;
+        return rig;
+    });
+}
+
+TEST(SharedPlan, IsThatOfOneRankWherePointsFail)
+{
+    ExpectTheSame([] {
+        return PlanRig(test::TableTableText("limits = [-18, 12]", "limits = [-200, 200]"),
+                       WindingPath());
+    });
+}
+
+/// At azimuth 90 the part's place is 340 to the side, past the limit of 300: there is no way from
+/// 50 to 130. A rank that answers for the points behind cannot know that.
+TEST(SharedPlan, IsThatOfOneRankWhereAWayFailsAtTheEndOfAStretch)
+{
+    ExpectTheSame([] {
+        PathText path;
+        for (int i = 0; i < 1500; ++i) {
+            const bool isLastOfStretch = i % 128 == 127;
+            path.To({340, 0.01 * i, 0},
+                    Leaning(20, isLastOfStretch ? 130.0 : 50.0 * std::sin(0.01 * i)));
+        }
+        return PlanRig(test::TableTableText("limits = [-120, 30]", "unlimited = true"),
+                       path.Path());
+    });
+}
+
+TEST(SharedPlan, EndsWhenItMayNotGoOnAndGoesOnAlone)
+{
+    const auto make = [] {
+        return PlanRig(test::TableTableText("limits = [-120, 30]", "unlimited = true"),
+                       WindingPath());
+    };
+    const PlanRig rig = make();
+    const PlanRig helping = make();
+    PathPlan help(helping.Request());
+    RanksInDisorder others(
+        2, 1, [&](int /*rank*/, const std::string& question) { return help.Answer(question); });
+    host::WorkLeader leader(others);
+    PathPlan plan(rig.Request());
+    EXPECT_FALSE(plan.FindShared(leader, [](std::size_t appended) { return appended < 3; }));
+    EXPECT_EQ(plan.NumAppended(), 3U);
+    EXPECT_TRUE(plan.FindShared(leader, [](std::size_t) { return true; }));
+    EXPECT_EQ(plan.NumAppended(), plan.NumBlocks());
+    Record record;
+    EXPECT_TRUE(plan.Build(record.Takers()));
+    EXPECT_EQ(record.bytes, PlannedAlone(make()));
+}
+
+TEST(WorkLeader, DoesByItselfWhatOthersCannot)
+{
+    RanksInDisorder others(
+        3, 5, [](int /*rank*/, const std::string& question) { return question + question; });
+    host::WorkLeader leader(others);
+    std::vector<std::string> taken;
+    std::vector<std::size_t> prepared;
+    std::vector<std::size_t> own;
+    host::SharedWork<std::string> work;
+    work.first = 2;
+    work.end = 60;
+    work.prepare = [&](std::size_t task) { prepared.push_back(task); };
+    work.question = [](std::size_t task) {
+        return task % 10 == 0 ? std::string() : std::to_string(task);
+    };
+    work.work = [&](std::size_t task) {
+        own.push_back(task);
+        return std::to_string(task) + std::to_string(task);
+    };
+    work.unpack = [](std::size_t /*task*/, const std::string& answer) { return answer; };
+    work.take = [&](std::size_t /*task*/, std::string result) {
+        taken.push_back(std::move(result));
+    };
+    work.mayGoOn = [] { return true; };
+    ASSERT_TRUE(leader.Run(work));
+    ASSERT_EQ(taken.size(), 58U);
+    for (std::size_t i = 0; i < taken.size(); ++i) {
+        EXPECT_EQ(taken[i], std::to_string(i + 2) + std::to_string(i + 2));
+        EXPECT_EQ(prepared[i], i + 2);
+    }
+    for (const std::size_t task : {10U, 20U, 30U, 40U, 50U}) {
+        EXPECT_EQ(std::count(own.begin(), own.end(), task), 1) << task;
+    }
+}
+
+} // namespace
