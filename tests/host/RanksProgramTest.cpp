@@ -160,7 +160,7 @@ TEST_F(Ranks, LeaveWhatIsDoneWhenOneOfThemDies)
     WriteLongPath();
     const std::vector<std::string> solve{"solve", Sample("machines/trunnion-ac.toml"), "long.cl",
                                          "-o", "table.csv"};
-    Process run(Started(3, solve, 10), folder.Path());
+    Process run(Started(3, solve, 4), folder.Path());
     while (!IsBeingWritten(folder.Path())) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
