@@ -30,6 +30,7 @@ Filter FilterOf(const IkEndState& state)
 std::vector<double> VectorOf(const TNT::Array1D<double>& array)
 {
     std::vector<double> values;
+    values.reserve(static_cast<std::size_t>(array.dim()));
     for (int i = 0; i < array.dim(); ++i) {
         values.push_back(array[i]);
     }
