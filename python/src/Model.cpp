@@ -10,6 +10,7 @@
 #include "geometry/Frame.h"
 #include "solve/Branches.h"
 #include "solve/SampledSolver.h"
+#include "solve/ToolRoll.h"
 #include "solve/Unreached.h"
 #include "text/InputError.h"
 #include "text/Numbers.h"
@@ -22,6 +23,7 @@ namespace
 
 constexpr std::size_t kPose = 6;
 constexpr std::size_t kPoseWithXAxis = 9;
+constexpr std::size_t kMostStarts = 256;   // for a single pose, as the program has it
 constexpr std::size_t kBetweenChecks = 64; // rows, so that looking at the clock costs nothing
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
@@ -161,6 +163,14 @@ IkJoint::JointLimitTypes LimitsOf(const InverseOptions& options)
     return options.isLimited ? IkJoint::JtLimitAll : IkJoint::JtLimitNone;
 }
 
+/// As a path has it by default.
+host::Vec3 DefaultXAxis(const host::ToolPoint& point)
+{
+    host::Toolpath path;
+    path.points.push_back(point);
+    return host::ToolXAxes(path, {}).front();
+}
+
 double AngleLeft(const IkXformMat& reached, const host::PathTarget& target)
 {
     const double ofDirection = host::AngleBetween(host::Column(reached, 2), target.at.direction);
@@ -294,34 +304,35 @@ SolvedPoses Model::Branches(std::size_t stream, const Rows& pose, const Rows& st
                             const InverseOptions& options)
 {
     const host::LoadedStream& at = StreamAt(stream);
-    const host::PathTarget target = TargetsFrom(pose).at(0);
+    host::PathTarget target = TargetsFrom(pose).at(0);
     CheckStarts(start, at.axes.size(), 1);
-    CheckSettings(options.settings);
     const Seated tool(at, options.toolLength);
     const Held held(machine.AxesOf(at), options.locks);
     const Moved moved(machine, at, start.At(0));
     host::PointSolver solver(machine, at, options.settings);
-    const host::JointValues from(start.At(0), start.At(0) + start.width);
-    SolvedPoses solved;
-    if (options.from == StartFrom::Search) {
-        host::SampledSolver search(machine, at, options.settings, from);
-        for (const host::JointValues& joints : search.FindAll(target, from, {options.isLimited})) {
-            Add(solved, solver, target, joints);
-        }
-        return solved;
-    }
-    if (target.xAxis) {
-        for (const host::JointValues& joints : solver.SolveFromSamples(target, LimitsOf(options))) {
-            Add(solved, solver, target, joints);
-        }
-        return solved;
-    }
     host::ToolPoint point;
     point.position = target.at.position;
     point.direction = target.at.direction;
-    for (const host::Branch& branch :
-         host::FindBranches(machine, at, point, LimitsOf(options)).found) {
-        Add(solved, solver, target, branch.joints);
+    if (host::HasOpenRoll(solver) && !target.xAxis) {
+        target.xAxis = DefaultXAxis(point);
+    }
+    SolvedPoses solved;
+    const auto add = [&](const std::vector<double>& joints) {
+        Add(solved, solver, target, joints);
+    };
+    if (solver.FreeRotaryAxes().size() > host::kMostSampledByHybrid) {
+        const host::JointValues from(start.At(0), start.At(0) + start.width);
+        host::SampledSolver search(machine, at, options.settings, from);
+        const auto found = search.FindAll(target, from, {options.isLimited, kMostStarts});
+        std::for_each(found.begin(), found.end(), add);
+    } else if (target.xAxis) {
+        const auto found = solver.SolveFromSamples(target, LimitsOf(options));
+        std::for_each(found.begin(), found.end(), add);
+    } else {
+        for (const host::Branch& branch :
+             host::FindBranches(machine, at, point, LimitsOf(options)).found) {
+            add(branch.joints);
+        }
     }
     return solved;
 }

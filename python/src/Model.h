@@ -63,8 +63,8 @@ class Model
     /// @param starts one row for all poses, or one for each
     SolvedPoses Inverse(std::size_t stream, const Rows& poses, const Rows& starts,
                         const InverseOptions& options);
-    /// The distinct ways to stand at one pose, a row each: from the starts of the hybrid solver,
-    /// or from those of the search.
+    /// The distinct ways to stand at one pose, a row each, as host::FindBranches looks for them;
+    /// locked axes stay where the start has them.
     SolvedPoses Branches(std::size_t stream, const Rows& pose, const Rows& start,
                          const InverseOptions& options);
     /// Why a pose of 6 numbers is not reached.

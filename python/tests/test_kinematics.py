@@ -1,10 +1,12 @@
 """Forward and inverse kinematics of machines from files, of single poses and of arrays."""
 
 import math
+import subprocess
 
 import numpy as np
 import pytest
 
+from conftest import BUILD
 from trunnion import InputError
 
 LEANING = [10, 20, 30, 0.1, 0.3, 0.8]
@@ -200,10 +202,26 @@ def test_branches_of_an_arm_are_searched(arm):
     frame = stream.forward(row, frames=True)
     # With the positioner held, an arm with a wrist has two shoulders, two elbows and two wrists to
     # choose from, as far as the limits allow.
-    found = stream.branches(frame, row, search=True, locks=["tilt", "turn"])
+    found = stream.branches(frame, row, locks=["tilt", "turn"])
     assert 2 <= len(found) <= 8 and (found.joints[:, 6:] == row[6:]).all()
     assert any(np.allclose(joints, row, atol=1e-4) for joints in found.joints)
     assert np.allclose(stream.forward(found.joints, frames=True), frame, atol=1e-4)
+
+
+def test_branches_are_those_of_the_program(arm):
+    pose = [100, 50, 200, 0, 0.2, 1]
+    found = arm.stream().branches(pose, degrees=True)
+    links = ["--tool-link", "spindle_nose", "--part-link", "part"]
+    printed = subprocess.run(
+        [BUILD / "host" / "trunnion", "branches", arm.file, *map(str, pose), *links],
+        capture_output=True,
+        text=True,
+        check=True,
+    ).stdout.splitlines()
+    assert f"{len(found)} of " in printed[0]
+    rows = [line.split() for line in printed if " deg " in line and line.split()[0] in found.axes]
+    shown = np.array([[float(word) for word in row[-min(len(found), 8):]] for row in rows]).T
+    assert shown.shape[1] == 8 and found.joints[: len(shown)] == pytest.approx(shown, abs=1e-4)
 
 
 def test_diagnosis_names_what_is_in_the_way(trunnion_table):

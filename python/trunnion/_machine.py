@@ -195,7 +195,6 @@ class Stream:
         pose: npt.ArrayLike,
         start: Optional[npt.ArrayLike] = None,
         *,
-        search: bool = False,
         limits: bool = True,
         locks: Iterable[str] = (),
         tool_length: float = 0.0,
@@ -203,13 +202,14 @@ class Stream:
     ) -> Solutions:
         """The distinct ways to stand at one pose, a row for each; there may be none.
 
-        They are looked for from starts around ``start``, which differ in up to three rotary axes;
-        with ``search`` from starts all over the machine, which is for arms. Of solutions that
-        differ by whole turns the search returns one.
+        They are looked for from starts around ``start``, which differ in up to three rotary axes.
+        With more of them free, as an arm has, the starts are all over the machine; of solutions
+        that differ by whole turns one is returned, and a turn about the tool that the pose leaves
+        open is as a toolpath has it by default.
         """
         rows = self._one_pose(pose)
         starts = self._initial if start is None else self._joint_rows("start", start, degrees)
-        options = self._options(limits, locks, tool_length, "search" if search else "given")
+        options = self._options(limits, locks, tool_length, "given")
         solved = self._machine._model.branches(self._index, rows, starts, options)
         return self._solutions(solved, degrees, False)
 
