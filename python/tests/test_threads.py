@@ -157,12 +157,15 @@ def test_a_forked_child_may_solve_while_its_parent_does(trunnion_table):
             solved = machine.stream().inverse(poses[0])
             os._exit(0 if solved.converged else 1)
         deadline = time.monotonic() + 20
-        while os.waitpid(child, os.WNOHANG) == (0, 0):
+        ended, status = 0, 0
+        while ended == 0:
             if time.monotonic() > deadline:
                 os.kill(child, signal.SIGKILL)
                 os.waitpid(child, 0)
                 pytest.fail("the child hangs")
             time.sleep(0.01)
+            ended, status = os.waitpid(child, os.WNOHANG)
+        assert status == 0
         assert running.result().converged.all()
 
 
