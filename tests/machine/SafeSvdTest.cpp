@@ -252,25 +252,24 @@ TEST(SafeSvd, EndsOnDenormalAndOnHugeMatrices)
     }
 }
 
-TEST(SafeSvd, ScalesFromBelowTwoToTheMinus960On)
+TEST(SafeSvd, GivesTheSameDigitsAtEveryPowerOfTwo)
 {
-    // All the same but for the exponent, which scaling takes out; as it stands the last one is of
-    // another magnitude than the decomposition's own thresholds.
     const auto singular = [](int exponent) {
         const double scale = std::ldexp(1.0, exponent);
-        const Svd svd =
-            Decompose(MatrixOf({{.75 * scale, .125 * scale}, {0, .5 * scale}, {.25 * scale, 0}}));
+        const Svd svd = Decompose(MatrixOf({{.75 * scale, scale / 256}, {0, .5 * scale}}));
         Values values;
         for (const double value : svd.Singular()) {
             values.push_back(std::ldexp(value, -exponent));
         }
         return values;
     };
-    const Values values = singular(-970);
-    EXPECT_EQ(singular(-1000), values);
-    EXPECT_EQ(singular(-961), values);
-    EXPECT_EQ(singular(-960), values); // 0.75 times 2^-960
-    EXPECT_NEAR(values[0], singular(0)[0], 1e-15);
+    const Values values = singular(0);
+    // The squares add up to those of the entries, the product is the determinant.
+    EXPECT_NEAR(values[0] * values[0] + values[1] * values[1], .5625 + .25 + 1 / 65536., 1e-15);
+    EXPECT_NEAR(values[0] * values[1], .375, 1e-15);
+    for (const int exponent : {-1010, -1000, -961, -960, -959, -900, 900, 1000, 1020}) {
+        EXPECT_EQ(singular(exponent), values) << exponent;
+    }
 }
 
 TEST(SafeSvd, OfAMatrixOnWhichTheIterationStallsHasRankZero)
