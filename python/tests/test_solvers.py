@@ -228,3 +228,16 @@ def test_limits_are_kept_unless_said_otherwise(mill):
     assert not solver.SolveIK(target)[0]
     converged, answer = solver.SolveIK(target, limit_type=IkJoint.JtLimitNone)
     assert converged and answer.FindValFromPtr(mill.x) > 500
+
+
+def test_an_analyst_without_end_is_ended(mill):
+    class Endless(IkSolutionAnalyst):
+        def AnalyzeSolutions(self, stream, start_states, samples):
+            solver.SolveIK(mill.leaning_tool(30))
+
+    solver = IkSolverHybrid(mill.stream)
+    solver.SetAnalystObj(Endless())
+    with pytest.raises(RecursionError):
+        solver.SolveIK(mill.leaning_tool(30))
+    solver.SetAnalystObj(None)
+    assert solver.SolveIK(mill.leaning_tool(30))[0]
