@@ -50,6 +50,6 @@ endif()
 
 # Each Debian package carries the licence under its own name.
 foreach(component library development program)
-  install(FILES ${PROJECT_SOURCE_DIR}/LICENSE RENAME copyright COMPONENT ${component}
+  install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright COMPONENT ${component}
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${TRUNNION_PACKAGE_OF_${component}})
 endforeach()

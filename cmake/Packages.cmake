@@ -40,7 +40,8 @@ set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-trunnion)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
-set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${same_version}, python3, python3-numpy")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "${same_version}, python3 (>= 3.11), python3 (<< 3.12), python3-numpy") # what Debian 12 has
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION
   "The Python module: machines, streams, forward and inverse kinematics and the planner on arrays.")
 

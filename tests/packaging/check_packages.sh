@@ -21,11 +21,12 @@ trunnion solve "$machine" "$path" -o dome.csv --gcode dome.ngc --quiet
 trunnion verify "$machine" "$path" dome.csv | grep '^verdict'
 test -s dome.ngc
 grep -q 'trunnion solve' /usr/share/man/man1/trunnion.1
-for package in /packages/python3-*.deb; do
-  [ -e "$package" ] || continue
-  python3 -c "import trunnion; print('python:', trunnion.__version__)"
-done
-apt-get remove -y -qq trunnion libtrunnion-dev 'libtrunnion[0-9]*' >/dev/null 2>&1
+python3 - "$machine" <<'PYTHON'
+import sys, trunnion
+machine = trunnion.load(sys.argv[1])
+print("python:", machine.name, trunnion.__version__)
+PYTHON
+apt-get remove -y -qq trunnion python3-trunnion libtrunnion-dev 'libtrunnion[0-9]*' >/dev/null 2>&1
 if find /usr -name '*trunnion*' | grep .; then
   echo 'these are left behind' && exit 1
 fi
