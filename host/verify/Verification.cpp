@@ -143,7 +143,12 @@ Verification::WayKind Verification::KindOfWay(std::size_t point) const
     if (!stand) {
         return WayKind::Interrupted;
     }
-    return stand->tool == ToolOf(point) ? WayKind::Straight : WayKind::ToolChange;
+    const auto numberAt = [this](std::size_t at) {
+        return path.operations[static_cast<std::size_t>(path.points[at].operation)].toolNumber;
+    };
+    // Another tool may be as long as the one before.
+    const bool isSame = stand->tool == ToolOf(point) && numberAt(point - 1) == numberAt(point);
+    return isSame ? WayKind::Straight : WayKind::ToolChange;
 }
 
 void Verification::CountWay()

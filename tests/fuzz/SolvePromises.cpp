@@ -75,6 +75,9 @@ void CheckValues(const UnusualMachine& machine, const Answer& answer, const Give
     for (int i = 0; i < answer.states.Size(); ++i) {
         IkJtState state;
         answer.states.GetStateCopy(i, state);
+        if (state.GetJoint() == nullptr) {
+            continue; // of a node that says it is a joint and is none
+        }
         IkJoint& joint = *state.GetJoint();
         const double value = state.GetValue();
         const bool hasMoved = NumberBits(value) != NumberBits(joint.GetCurValue());

@@ -589,6 +589,20 @@ TEST_F(Verification, SeatsTheToolOfEachOperation)
     EXPECT_EQ(same.report.toolChanges, 0U);
 }
 
+TEST_F(Verification, HoldsNoWayAfterAChangeToAToolAsLong)
+{
+    const auto changesWith = [this](const std::string& number) {
+        const std::string path = "LOADTL/1\nTLDATA/MILL,10,0,50,0,0\nRAPID\nGOTO/0,0,100,0,0,1\n"
+                                 "LOADTL/" +
+                                 number + "\nTLDATA/MILL,10,0,50,0,0\nGOTO/10,0,100\n";
+        const Result result = Verify(path, "1,4,0,0,50,0,0,0,0,1,rapid\n2,7,10,0,50,0,0,0,0,1,\n");
+        EXPECT_EQ(result.Kinds(), Kinds{}) << number;
+        return result.report.toolChanges;
+    };
+    EXPECT_EQ(changesWith("1"), 0U);
+    EXPECT_EQ(changesWith("2"), 1U);
+}
+
 TEST_F(Verification, SeatsTheToolThatIsGiven)
 {
     toolLength = 12.5;
