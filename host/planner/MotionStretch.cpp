@@ -150,7 +150,7 @@ void Put(ByteWriter& bytes, const BuiltStretch& built)
 namespace
 {
 
-bool Take(ByteReader& bytes, MotionRow& row)
+bool TakeRow(ByteReader& bytes, MotionRow& row)
 {
     std::uint64_t point = 0;
     const bool isWhole = bytes.Take(point) && bytes.TakeAll(row.joints) && bytes.Take(row.asked) &&
@@ -159,7 +159,7 @@ bool Take(ByteReader& bytes, MotionRow& row)
     return isWhole;
 }
 
-bool Take(ByteReader& bytes, BuiltStretch::Happening& happening)
+bool TakeHappening(ByteReader& bytes, BuiltStretch::Happening& happening)
 {
     std::uint64_t behindRows = 0;
     std::uint64_t point = 0;
@@ -171,26 +171,12 @@ bool Take(ByteReader& bytes, BuiltStretch::Happening& happening)
     return isWhole;
 }
 
-template <class Item>
-bool TakeEach(ByteReader& bytes, std::vector<Item>& items)
-{
-    std::uint64_t count = 0;
-    if (!bytes.Take(count)) {
-        return false;
-    }
-    for (std::uint64_t i = 0; i < count; ++i) {
-        if (!Take(bytes, items.emplace_back())) {
-            return false;
-        }
-    }
-    return true;
-}
-
 } // namespace
 
 bool Take(ByteReader& bytes, BuiltStretch& built)
 {
-    return Take(bytes, built.end) && TakeEach(bytes, built.rows) && TakeEach(bytes, built.events);
+    return Take(bytes, built.end) && bytes.TakeEach(built.rows, TakeRow) &&
+           bytes.TakeEach(built.events, TakeHappening);
 }
 
 } // namespace host

@@ -76,6 +76,21 @@ class ByteReader
         }
         return true;
     }
+    /// As many items as a number before them says, each by `takeItem`.
+    template <class Item, class TakeItem>
+    bool TakeEach(std::vector<Item>& items, TakeItem takeItem)
+    {
+        std::uint64_t count = 0;
+        if (!Take(count)) {
+            return false;
+        }
+        for (std::uint64_t i = 0; i < count; ++i) {
+            if (!takeItem(*this, items.emplace_back())) {
+                return false;
+            }
+        }
+        return true;
+    }
     bool TakeText(std::string& text)
     {
         std::uint64_t size = 0;

@@ -27,14 +27,14 @@ bool TakeOptional(ByteReader& bytes, std::optional<Value>& value)
     return true;
 }
 
-bool Take(ByteReader& bytes, ToolPoint& point)
+bool TakePoint(ByteReader& bytes, ToolPoint& point)
 {
     return bytes.Take(point.line) && bytes.Take(point.operation) && bytes.Take(point.position) &&
            bytes.Take(point.direction) && bytes.Take(point.isRapid) &&
            TakeOptional(bytes, point.feed);
 }
 
-bool Take(ByteReader& bytes, Operation& operation)
+bool TakeOperation(ByteReader& bytes, Operation& operation)
 {
     std::uint64_t firstPoint = 0;
     if (!bytes.TakeText(operation.name) || !bytes.Take(operation.line) || !bytes.Take(firstPoint) ||
@@ -42,21 +42,6 @@ bool Take(ByteReader& bytes, Operation& operation)
         return false;
     }
     operation.firstPoint = firstPoint;
-    return true;
-}
-
-template <class Item>
-bool TakeEach(ByteReader& bytes, std::vector<Item>& items)
-{
-    std::uint64_t count = 0;
-    if (!bytes.Take(count)) {
-        return false;
-    }
-    for (std::uint64_t i = 0; i < count; ++i) {
-        if (!Take(bytes, items.emplace_back())) {
-            return false;
-        }
-    }
     return true;
 }
 
@@ -86,8 +71,8 @@ void Put(ByteWriter& bytes, const Toolpath& path)
 
 bool Take(ByteReader& bytes, Toolpath& path)
 {
-    return bytes.TakeText(path.file) && TakeEach(bytes, path.points) &&
-           TakeEach(bytes, path.operations);
+    return bytes.TakeText(path.file) && bytes.TakeEach(path.points, TakePoint) &&
+           bytes.TakeEach(path.operations, TakeOperation);
 }
 
 } // namespace host
