@@ -28,9 +28,11 @@ class ByteWriter
     template <class Value>
     void PutAll(const std::vector<Value>& values)
     {
+        static_assert(std::is_trivially_copyable_v<Value>);
         Put(static_cast<std::uint64_t>(values.size()));
-        for (const Value& value : values) {
-            Put(value);
+        if (!values.empty()) {
+            bytes.append(reinterpret_cast<const char*>(values.data()),
+                         values.size() * sizeof(Value));
         }
     }
     void PutText(std::string_view text)
@@ -66,13 +68,15 @@ class ByteReader
     template <class Value>
     bool TakeAll(std::vector<Value>& values)
     {
+        static_assert(std::is_trivially_copyable_v<Value>);
         std::uint64_t size = 0;
         if (!Take(size) || size > (bytes.size() - next) / sizeof(Value)) {
             return false;
         }
         values.resize(size);
-        for (Value& value : values) {
-            Take(value);
+        if (size > 0) {
+            std::memcpy(values.data(), bytes.data() + next, size * sizeof(Value));
+            next += size * sizeof(Value);
         }
         return true;
     }
