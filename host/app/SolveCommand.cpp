@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "app/FileDigest.h"
+#include "app/Helpers.h"
 #include "app/Interrupt.h"
 #include "app/Overwriting.h"
 #include "app/PageHtml.h"
@@ -90,38 +91,6 @@ ExitCode Help(const SolveOptions& options, Ranks& ranks)
     AnswerLeader(ranks, [&](const std::string& question) { return plan.Answer(question); });
     return kExitOk;
 }
-
-/// The other ranks, as the leader sees them. They are let go however the run ends.
-class Helpers
-{
-  public:
-    explicit Helpers(Ranks& others) : ranks(others), leader(others) {}
-    ~Helpers()
-    {
-        if (isSharing) {
-            DismissRanks(ranks);
-        } else {
-            ranks.FromLeader({});
-        }
-    }
-    Helpers(const Helpers&) = delete;
-    Helpers& operator=(const Helpers&) = delete;
-
-    void Share(const std::function<std::string()>& sources)
-    {
-        if (ranks.Size() > 1) {
-            isSharing = true;
-            ranks.FromLeader(sources());
-        }
-    }
-    /// Null where there are none.
-    WorkLeader* Leader() { return ranks.Size() > 1 ? &leader : nullptr; }
-
-  private:
-    Ranks& ranks;
-    WorkLeader leader;
-    bool isSharing{false};
-};
 
 /// Several processes are several that may die, and take the run with them: what has been found is
 /// saved from time to time, for a small share of the time.

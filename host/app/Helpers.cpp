@@ -1,0 +1,25 @@
+#include "app/Helpers.h"
+
+namespace host
+{
+
+Helpers::Helpers(Ranks& others) : ranks(others), leader(others) {}
+
+Helpers::~Helpers()
+{
+    if (isSharing) {
+        DismissRanks(ranks);
+    } else {
+        ranks.FromLeader({});
+    }
+}
+
+void Helpers::Share(const std::function<std::string()>& sources)
+{
+    if (ranks.Size() > 1) {
+        isSharing = true;
+        ranks.FromLeader(sources());
+    }
+}
+
+} // namespace host

@@ -1,0 +1,34 @@
+#ifndef TRUNNION_HOST_APP_HELPERS_H
+#define TRUNNION_HOST_APP_HELPERS_H
+
+#include <functional>
+#include <string>
+
+#include "ranks/SharedWork.h"
+
+namespace host
+{
+
+/// The other ranks, as the leader sees them. They are let go however the run ends.
+class Helpers
+{
+  public:
+    explicit Helpers(Ranks& others);
+    ~Helpers();
+    Helpers(const Helpers&) = delete;
+    Helpers& operator=(const Helpers&) = delete;
+
+    /// Gives them what the run works on. Those that are let go without it get nothing.
+    void Share(const std::function<std::string()>& sources);
+    /// Null where there are none.
+    WorkLeader* Leader() { return ranks.Size() > 1 ? &leader : nullptr; }
+
+  private:
+    Ranks& ranks;
+    WorkLeader leader;
+    bool isSharing{false};
+};
+
+} // namespace host
+
+#endif
