@@ -17,7 +17,8 @@ void AnswerLeader(Ranks& ranks,
         std::uint64_t task = 0;
         std::string question;
         if (!reader.Take(round) || !reader.Take(task) || !reader.TakeText(question)) {
-            return; // dismissed
+            ranks.Send(message->from, {}); // dismissed
+            return;
         }
         ByteWriter writer;
         writer.Put(round);
@@ -31,6 +32,14 @@ void DismissRanks(Ranks& ranks)
 {
     for (int rank = 1; rank < ranks.Size(); ++rank) {
         ranks.Send(rank, {});
+    }
+    // An answer that nobody takes could keep its rank from ending.
+    for (int leaving = ranks.Size() - 1; leaving > 0;) {
+        if (const std::optional<RankMessage> message = ranks.Receive()) {
+            leaving -= message->bytes.empty() ? 1 : 0;
+        } else {
+            ranks.Wait();
+        }
     }
 }
 

@@ -127,7 +127,8 @@ class WorkLeader
 /// On the other ranks: answers questions until the leader has no more.
 void AnswerLeader(Ranks& ranks,
                   const std::function<std::string(const std::string& question)>& answer);
-/// On the leader: no more questions.
+/// On the leader: no more questions. Lets answers go by that are still to come, and waits for the
+/// others to have done.
 void DismissRanks(Ranks& ranks);
 
 } // namespace host

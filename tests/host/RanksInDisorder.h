@@ -23,7 +23,12 @@ class OneQuestion final : public host::Ranks
     int Rank() const override { return 1; }
     int Size() const override { return 2; }
     std::string FromLeader(std::string bytes) override { return bytes; }
-    void Send(int /*to*/, std::string bytes) override { answer = std::move(bytes); }
+    void Send(int /*to*/, std::string bytes) override
+    {
+        if (!bytes.empty()) { // a farewell is none
+            answer = std::move(bytes);
+        }
+    }
     std::optional<host::RankMessage> Receive() override
     {
         return host::RankMessage{0, std::exchange(question, {})};
