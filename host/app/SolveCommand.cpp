@@ -4,8 +4,8 @@
 #include <chrono>
 #include <functional>
 #include <optional>
-#include <sstream>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -26,6 +26,7 @@
 #include "machine/MachineAssembly.h"
 #include "planner/Checkpoint.h"
 #include "planner/PathPlan.h"
+#include "planner/PlanAssistant.h"
 #include "ranks/SharedWork.h"
 #include "report/RunReport.h"
 #include "text/Bytes.h"
@@ -69,7 +70,7 @@ std::string BytesOf(const std::string& machineText, const Toolpath& path)
 {
     ByteWriter bytes;
     bytes.PutText(machineText);
-    Put(bytes, path);
+    PutFrame(bytes, path);
     return bytes.Take();
 }
 
@@ -80,15 +81,14 @@ ExitCode Help(const SolveOptions& options, Ranks& ranks)
     ByteReader bytes(sources);
     std::string machineText;
     Toolpath path;
-    if (!bytes.TakeText(machineText) || !Take(bytes, path)) {
+    if (!bytes.TakeText(machineText) || !TakeFrame(bytes, path)) {
         return kExitOk; // the leader has found that there is nothing to do
     }
     LoadedMachine machine = AssembleMachine(
         DescriptionFromText(machineText, options.machine.file, options.machine.links));
-    std::ostringstream unheard; // the leader warns
-    const PlanRequest request = RequestFrom(options, machine, path, unheard);
-    PathPlan plan(request);
-    AnswerLeader(ranks, [&](const std::string& question) { return plan.Answer(question); });
+    const PlanRequest request = RequestWithoutPoints(options, machine, path);
+    PlanAssistant assistant(request);
+    AnswerLeader(ranks, [&](const std::string& question) { return assistant.Answer(question); });
     return kExitOk;
 }
 
@@ -197,7 +197,7 @@ class PathRun
         const auto takeRow = [&](const MotionRow& row) {
             const int line = path.points[row.point].line;
             summary.Add(row, line);
-            outputs.Add(row, line);
+            outputs.Add(row);
         };
         const auto takeEvent = [&](const Event& event) {
             summary.Add(event);
@@ -212,8 +212,9 @@ class PathRun
             progress.Show(point);
             return !isInterruptible || !interrupt.IsRequested();
         };
+        const auto takeText = [&](std::string_view text) { outputs.AddToTable(text); };
         // Where the run has been asked to end, the others may be gone.
-        return plan.Build({takeRow, takeEvent, mayGoOn},
+        return plan.Build({takeRow, takeEvent, mayGoOn, takeText},
                           isInterruptible ? helpers.Leader() : nullptr);
     }
 

@@ -37,9 +37,8 @@ void SolveOutputs::Begin()
     }
 }
 
-void SolveOutputs::Add(const MotionRow& row, int line)
+void SolveOutputs::Add(const MotionRow& row)
 {
-    tableFile.Write(table.Row(row, line));
     if (program) {
         AddToProgram(row);
     }

@@ -32,7 +32,8 @@ class SolveOutputs
                  const ShownUnits& units, std::ostream& messages);
 
     void Begin();
-    void Add(const MotionRow& row, int line);
+    void Add(const MotionRow& row);
+    void AddToTable(std::string_view text) { tableFile.Write(text); }
     void Finish(const RunReport& report);
     /// Leaves the table as a partial one and nothing else; returns the table's name.
     std::filesystem::path FinishAsPartial();

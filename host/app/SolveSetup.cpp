@@ -8,6 +8,7 @@
 #include "machine/AxisText.h"
 #include "solve/RollSearch.h"
 #include "solve/ToolRoll.h"
+#include "table/JointTable.h"
 #include "text/Fingerprint.h"
 #include "text/InputError.h"
 #include "text/Numbers.h"
@@ -202,11 +203,10 @@ void LockAxes(LoadedMachine& machine, const std::vector<std::string>& locks, boo
     machine.MoveToInitial();
 }
 
-PlanRequest RequestFrom(const SolveOptions& options, LoadedMachine& machine, const Toolpath& path,
-                        std::ostream& warnings)
+PlanRequest RequestWithoutPoints(const SolveOptions& options, LoadedMachine& machine,
+                                 const Toolpath& path)
 {
     LockAxes(machine, options.locks, options.inRadians);
-    WarnOfAngles(options, warnings);
     PlanRequest request{
         machine,
         path,
@@ -215,6 +215,20 @@ PlanRequest RequestFrom(const SolveOptions& options, LoadedMachine& machine, con
         {},
         PlanFrom(options, machine),
         SettingsFrom(options)};
+    const ShownUnits units{machine.length,
+                           options.inRadians ? AngleUnit::Radian : AngleUnit::Degree};
+    request.rowText = [table = JointTable(request.Axes(), units)](const MotionRow& row, int line,
+                                                                  std::string& text) {
+        table.AppendRow(row, line, text);
+    };
+    return request;
+}
+
+PlanRequest RequestFrom(const SolveOptions& options, LoadedMachine& machine, const Toolpath& path,
+                        std::ostream& warnings)
+{
+    PlanRequest request = RequestWithoutPoints(options, machine, path);
+    WarnOfAngles(options, warnings);
     request.toolXAxes = XAxesFor(options, request);
     return request;
 }

@@ -21,6 +21,9 @@ void LockAxes(LoadedMachine& machine, const std::vector<std::string>& locks, boo
 /// machine or the path; writes warnings.
 PlanRequest RequestFrom(const SolveOptions& options, LoadedMachine& machine, const Toolpath& path,
                         std::ostream& warnings);
+/// The same for whoever helps with the plan and has not got the path's points.
+PlanRequest RequestWithoutPoints(const SolveOptions& options, LoadedMachine& machine,
+                                 const Toolpath& path);
 
 /// Everything that the candidates depend on, in one line of digits.
 std::string RunFingerprint(const SolveOptions& options, const SourceDigests& sources);

@@ -5,9 +5,8 @@
 namespace host
 {
 
-std::string BytesOf(const CandidateBlock& block)
+void Put(ByteWriter& bytes, const CandidateBlock& block)
 {
-    ByteWriter bytes;
     bytes.Put(static_cast<std::uint64_t>(block.firstPoint));
     bytes.PutAll(block.ends);
     bytes.PutAll(block.joints);
@@ -17,6 +16,12 @@ std::string BytesOf(const CandidateBlock& block)
     for (const JointValues& exit : block.exits) {
         bytes.PutAll(exit);
     }
+}
+
+std::string BytesOf(const CandidateBlock& block)
+{
+    ByteWriter bytes;
+    Put(bytes, block);
     return bytes.Take();
 }
 

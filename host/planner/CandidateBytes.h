@@ -11,6 +11,7 @@ namespace host
 
 /// A block as bytes, in this machine's own representation: it is read where it was written, or
 /// beside.
+void Put(ByteWriter& bytes, const CandidateBlock& block);
 std::string BytesOf(const CandidateBlock& block);
 
 /// Takes a block out of bytes; false where they end too soon. Whether it fits a plan is for the

@@ -55,17 +55,33 @@ bool IsConsistent(const CandidateBlock& block, std::size_t numAxes)
            });
 }
 
+CandidateTable CandidateTable::OfSlice(std::vector<const Axis*> ofAxes, CandidateBlock slice)
+{
+    CandidateTable table(std::move(ofAxes), std::max<std::size_t>(slice.ends.size(), 1));
+    table.firstPoint = slice.firstPoint;
+    table.numbers.push_back(slice.branches);
+    table.blocks.push_back(std::move(slice));
+    return table;
+}
+
+void CandidateTable::Append(CandidateBlock block)
+{
+    blocks.push_back(std::move(block));
+    LinkFirstPoint();
+    NumberBranches();
+}
+
 CandidateTable::Place CandidateTable::PlaceOf(std::size_t point) const
 {
-    const std::size_t block = point / blockSize;
+    const std::size_t block = (point - firstPoint) / blockSize;
     const std::size_t local = point - blocks[block].firstPoint;
     const std::vector<std::uint32_t>& ends = blocks[block].ends;
     return {block, local == 0 ? 0 : ends[local - 1], ends[local]};
 }
 
-std::size_t CandidateTable::NumDone() const
+std::size_t CandidateTable::EndPoint() const
 {
-    return blocks.empty() ? 0 : blocks.back().firstPoint + blocks.back().ends.size();
+    return blocks.empty() ? firstPoint : blocks.back().firstPoint + blocks.back().ends.size();
 }
 
 std::size_t CandidateTable::CountAt(std::size_t point) const
@@ -74,12 +90,10 @@ std::size_t CandidateTable::CountAt(std::size_t point) const
     return at.end - at.begin;
 }
 
-JointValues CandidateTable::JointsAt(std::size_t point, std::size_t candidate) const
+const double* CandidateTable::JointsAt(std::size_t point, std::size_t candidate) const
 {
     const Place at = PlaceOf(point);
-    const auto first = blocks[at.block].joints.begin() +
-                       static_cast<std::ptrdiff_t>((at.begin + candidate) * axes);
-    return {first, first + static_cast<std::ptrdiff_t>(axes)};
+    return blocks[at.block].joints.data() + (at.begin + candidate) * axes.size();
 }
 
 int CandidateTable::BranchAt(std::size_t point, std::size_t candidate) const
@@ -94,36 +108,62 @@ int CandidateTable::ParentAt(std::size_t point, std::size_t candidate) const
     return blocks[at.block].parents[at.begin + candidate];
 }
 
-void CandidateTable::Link(const std::vector<const Axis*>& ofAxes)
+CandidateBlock CandidateTable::Slice(std::size_t begin, std::size_t end) const
 {
-    numbers.clear();
-    int known = 0;
-    for (std::size_t b = 0; b < blocks.size(); ++b) {
-        LinkFirstPoint(ofAxes, b);
-        numbers.emplace_back(blocks[b].branches);
-        for (std::size_t local = 0; local < blocks[b].ends.size(); ++local) {
-            NumberBranches(blocks[b].firstPoint + local, known);
+    const auto at = [](std::size_t index) { return static_cast<std::ptrdiff_t>(index); };
+    CandidateBlock slice;
+    slice.firstPoint = begin;
+    for (std::size_t point = begin; point < end;) {
+        const Place from = PlaceOf(point);
+        const CandidateBlock& block = blocks[from.block];
+        const std::size_t stop = std::min(end, block.firstPoint + block.ends.size());
+        const std::size_t until = PlaceOf(stop - 1).end;
+        const auto taken = static_cast<std::uint32_t>(slice.branches.size() - from.begin);
+        for (; point < stop; ++point) {
+            slice.ends.push_back(block.ends[point - block.firstPoint] + taken);
         }
+        slice.joints.insert(slice.joints.end(), block.joints.begin() + at(from.begin * axes.size()),
+                            block.joints.begin() + at(until * axes.size()));
+        slice.branches.insert(slice.branches.end(), numbers[from.block].begin() + at(from.begin),
+                              numbers[from.block].begin() + at(until));
+        slice.parents.insert(slice.parents.end(), block.parents.begin() + at(from.begin),
+                             block.parents.begin() + at(until));
     }
+    return slice;
 }
 
-void CandidateTable::LinkFirstPoint(const std::vector<const Axis*>& ofAxes, std::size_t block)
+/// Of the last block.
+void CandidateTable::LinkFirstPoint()
 {
     const std::vector<JointValues> none;
-    const std::vector<JointValues>& exits = block > 0 ? blocks[block - 1].exits : none;
-    const std::size_t point = blocks[block].firstPoint;
+    const std::vector<JointValues>& exits =
+        blocks.size() > 1 ? blocks[blocks.size() - 2].exits : none;
+    const std::size_t point = blocks.back().firstPoint;
     for (std::size_t i = 0; i < CountAt(point); ++i) {
-        const JointValues joints = JointsAt(point, i);
+        const double* const values = JointsAt(point, i);
+        const JointValues joints(values, values + axes.size());
         const auto from = std::find_if(exits.begin(), exits.end(), [&](const JointValues& exit) {
-            return !exit.empty() && AreSameSolution(ofAxes, joints, exit);
+            return !exit.empty() && AreSameSolution(axes, joints, exit);
         });
-        blocks[block].parents[i] =
+        blocks.back().parents[i] =
             static_cast<std::int8_t>(from == exits.end() ? -1 : from - exits.begin());
     }
 }
 
+/// Of the last block.
+void CandidateTable::NumberBranches()
+{
+    const CandidateBlock& block = blocks.back();
+    numbers.push_back(block.branches);
+    if (std::find(block.branches.begin(), block.branches.end(), 0) != block.branches.end()) {
+        for (std::size_t local = 0; local < block.ends.size(); ++local) {
+            NumberBranchesAt(block.firstPoint + local);
+        }
+    }
+}
+
 /// Gives the candidates of a point that have no branch the one that they continue, or a new one.
-void CandidateTable::NumberBranches(std::size_t point, int& known)
+void CandidateTable::NumberBranchesAt(std::size_t point)
 {
     constexpr int kNumbers = 127; // as many as are kept apart; then they begin again
     const Place at = PlaceOf(point);

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "planner/Workplace.h"
@@ -29,28 +30,34 @@ struct CandidateBlock
 /// Whether a block holds together, as one that was found does: for one out of a file.
 bool IsConsistent(const CandidateBlock& block, std::size_t numAxes);
 
-/// The candidates of all points of a path.
+/// The candidates of successive points of a path. The ways through each block are joined to those
+/// through the one before it, and the branches that only the way tells apart are numbered in the
+/// order in which they appear.
 class CandidateTable
 {
   public:
-    CandidateTable(std::size_t numPoints, std::size_t numAxes, std::size_t perBlock)
-        : points(numPoints), axes(numAxes), blockSize(perBlock)
+    /// From the first point on.
+    CandidateTable(std::vector<const Axis*> ofAxes, std::size_t perBlock)
+        : axes(std::move(ofAxes)), blockSize(perBlock)
     {}
+    /// Some points out of another table.
+    static CandidateTable OfSlice(std::vector<const Axis*> ofAxes, CandidateBlock slice);
 
     /// Blocks come in the order of their points.
-    void Append(CandidateBlock block) { blocks.push_back(std::move(block)); }
+    void Append(CandidateBlock block);
     const std::vector<CandidateBlock>& Blocks() const { return blocks; }
-    std::size_t NumPoints() const { return points; }
-    /// Points for which there are blocks.
-    std::size_t NumDone() const;
+    /// The points for which there are blocks.
+    std::size_t FirstPoint() const { return firstPoint; }
+    std::size_t EndPoint() const;
 
+    std::size_t NumAxes() const { return axes.size(); }
     std::size_t CountAt(std::size_t point) const;
-    JointValues JointsAt(std::size_t point, std::size_t candidate) const;
+    /// Its values, one for each axis; valid until the next block comes.
+    const double* JointsAt(std::size_t point, std::size_t candidate) const;
     int BranchAt(std::size_t point, std::size_t candidate) const;
     int ParentAt(std::size_t point, std::size_t candidate) const;
-    /// Joins the ways through each block to those through the one before it, and numbers the
-    /// branches that only the way tells apart in the order in which they appear.
-    void Link(const std::vector<const Axis*>& ofAxes);
+    /// Some points with all that is known of them by now.
+    CandidateBlock Slice(std::size_t begin, std::size_t end) const;
 
   private:
     struct Place
@@ -60,14 +67,16 @@ class CandidateTable
         std::size_t end;
     };
     Place PlaceOf(std::size_t point) const;
-    void LinkFirstPoint(const std::vector<const Axis*>& ofAxes, std::size_t block);
-    void NumberBranches(std::size_t point, int& known);
+    void LinkFirstPoint();
+    void NumberBranches();
+    void NumberBranchesAt(std::size_t point);
 
-    std::size_t points;
-    std::size_t axes;
+    std::vector<const Axis*> axes;
     std::size_t blockSize;
+    std::size_t firstPoint{0};
     std::vector<CandidateBlock> blocks;
     std::vector<std::vector<std::int8_t>> numbers; // of the branches, candidate by candidate
+    int known{0};                                  // how many branches have been numbered
 };
 
 /// Finds the distinct solutions at the points of a path. Where two rotary axes direct the tool,

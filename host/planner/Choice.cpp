@@ -15,7 +15,7 @@ namespace
 
 constexpr double kSameTurn = 1e-6;  // [rad], between values that differ by rounding alone
 constexpr double kZoneShare = 0.05; // of a range, next to a limit, in which nearness costs
-constexpr std::int32_t kNone = -1;
+constexpr std::uint16_t kNoParent = std::numeric_limits<std::uint16_t>::max();
 
 } // namespace
 
@@ -43,6 +43,9 @@ void MotionRules::FindImages(std::size_t i, double value, std::vector<double>& i
     for (double image = BaseImage(axis, value); IsWithinLimits(axis, image); image += kTurn) {
         images.push_back(image);
     }
+    if (images.size() < 2) {
+        return;
+    }
     const double start = place.Start()[i];
     std::stable_sort(images.begin(), images.end(), [start](double a, double b) {
         return std::fabs(a - start) < std::fabs(b - start);
@@ -50,45 +53,55 @@ void MotionRules::FindImages(std::size_t i, double value, std::vector<double>& i
 }
 
 /// Every combination of the images of all axes, the last axis varying fastest.
-std::vector<JointValues> MotionRules::AllImages(JointValues joints) const
+void MotionRules::AddStates(const CandidateTable& candidates, std::size_t point,
+                            std::size_t candidate, StateList& states) const
 {
-    constexpr std::size_t kMostStates = 64;
-    const std::size_t count = joints.size();
-    std::vector<JointValues> all{std::move(joints)};
-    std::vector<double> images;
-    for (std::size_t i = 0; i < count && !all.empty(); ++i) {
-        FindImages(i, all.front()[i], images);
-        if (images.size() == 1) {
-            for (JointValues& begun : all) {
-                begun[i] = images.front();
-            }
-            continue;
-        }
-        std::vector<JointValues> extended;
-        for (const JointValues& begun : all) {
-            for (const double image : images) {
-                if (extended.size() < kMostStates) {
-                    extended.push_back(begun);
-                    extended.back()[i] = image;
-                }
-            }
-        }
-        all = std::move(extended);
+    const std::size_t first = states.size();
+    states.Resize(first + 1);
+    MotionState& begun = states.At(first);
+    begun.candidate = candidate;
+    begun.branch = candidates.BranchAt(point, candidate);
+    const double* const joints = candidates.JointsAt(point, candidate);
+    begun.joints.assign(joints, joints + place.Axes().size());
+    for (std::size_t i = 0; i < place.Axes().size() && states.size() > first; ++i) {
+        FindImages(i, joints[i], states.images);
+        Vary(states, first, i);
     }
-    return all;
+    for (std::size_t i = first; i < states.size(); ++i) {
+        states.At(i).image = i - first;
+    }
 }
 
-std::vector<MotionState> MotionRules::StatesAt(const CandidateTable& candidates,
-                                               std::size_t point) const
+/// Puts an axis on each of its images in each of the states from the first on.
+void MotionRules::Vary(StateList& states, std::size_t first, std::size_t axis)
 {
-    std::vector<MotionState> states;
-    for (std::size_t c = 0; c < candidates.CountAt(point); ++c) {
-        const int branch = candidates.BranchAt(point, c);
-        for (JointValues& joints : AllImages(candidates.JointsAt(point, c))) {
-            states.push_back({c, branch, std::move(joints)});
+    constexpr std::size_t kMostStates = 64; // of a candidate
+    const std::size_t images = states.images.size();
+    const std::size_t count = std::min((states.size() - first) * images, kMostStates);
+    states.Resize(std::max(states.size(), first + count));
+    for (std::size_t i = count; i-- > 0;) { // from behind: what is still to be copied comes before
+        if (images > 1) {
+            states.At(first + i) = states.At(first + i / images);
         }
+        states.At(first + i).joints[axis] = states.images[i % images];
     }
-    return states;
+    states.Resize(first + count);
+}
+
+void MotionRules::FindStates(const CandidateTable& candidates, std::size_t point,
+                             StateList& states) const
+{
+    states.Resize(0);
+    for (std::size_t c = 0; c < candidates.CountAt(point); ++c) {
+        AddStates(candidates, point, c, states);
+    }
+}
+
+void MotionRules::FindStates(const CandidateTable& candidates, std::size_t point,
+                             std::size_t candidate, StateList& states) const
+{
+    states.Resize(0);
+    AddStates(candidates, point, candidate, states);
 }
 
 Way MotionRules::WayBetween(std::size_t from, std::size_t to) const
@@ -209,90 +222,107 @@ double MotionRules::StartCost(const JointValues& first) const
     return TravelCost({}, place.Start(), first);
 }
 
-Choice::Choice(const Workplace& place, const CandidateTable& table)
-    : rules(place), candidates(table), chosen(table.NumDone(), kNone)
+void MotionSearch::GoOn()
 {
-    Run();
+    for (std::size_t point = ends.size(); point < candidates.EndPoint(); ++point) {
+        TakePoint(point);
+    }
 }
 
-void Choice::Run()
+void MotionSearch::TakePoint(std::size_t point)
 {
-    constexpr std::uint16_t kNoParent = std::numeric_limits<std::uint16_t>::max();
-    std::vector<std::uint16_t> parents; // of all states of all points, one after another
-    std::vector<std::size_t> ends(chosen.size());
-    std::vector<MotionState> before;
-    std::vector<MotionCost> costsBefore;
-    std::size_t from = 0;
-    for (std::size_t point = 0; point < chosen.size(); ++point) {
-        std::vector<MotionState> states = rules.StatesAt(candidates, point);
-        std::vector<MotionCost> costs;
-        const Way way = before.empty() ? Way{} : rules.WayBetween(from, point);
-        for (const MotionState& state : states) {
-            MotionCost best;
-            std::uint16_t parent = kNoParent;
-            const int continued = candidates.ParentAt(point, state.candidate);
-            if (before.empty()) {
-                best.sum = rules.StartCost(state.joints);
-            }
-            for (std::size_t i = 0; i < before.size(); ++i) {
-                if (parent != kNoParent && !(costsBefore[i] < best)) {
-                    continue; // the way there only adds to it
-                }
-                const Passage passage = rules.PassageOn(way.kind, before[i], state, continued);
-                MotionCost cost = costsBefore[i];
-                cost.refused += rules.IsRefused(passage, before[i], state) ? 1U : 0U;
-                cost.breaks += passage == Passage::Straight ? 0U : 1U;
-                cost.sum += rules.TravelCost(way, before[i].joints, state.joints);
-                if (parent == kNoParent || cost < best) {
-                    best = cost;
-                    parent = static_cast<std::uint16_t>(i);
-                }
-            }
-            best.sum += rules.StandCost(state.joints);
-            costs.push_back(best);
-            parents.push_back(parent);
+    rules.FindStates(candidates, point, states);
+    const Way way = before.empty() ? Way{} : rules.WayBetween(from, point);
+    costs.clear();
+    for (const MotionState& state : states) {
+        Step step{kNoParent, static_cast<std::uint8_t>(state.candidate),
+                  static_cast<std::uint8_t>(state.image)};
+        MotionCost cost =
+            BestTo(state, way, candidates.ParentAt(point, state.candidate), step.parent);
+        cost.sum += rules.StandCost(state.joints);
+        costs.push_back(cost);
+        steps.push_back(step);
+    }
+    ends.push_back(steps.size());
+    if (!states.empty()) {
+        std::swap(before, states);
+        std::swap(costsBefore, costs);
+        from = point;
+    }
+}
+
+/// @param continued the candidate of the point before that this state's continues
+/// @param parent of the states before the one that the best way comes from
+MotionCost MotionSearch::BestTo(const MotionState& state, const Way& way, int continued,
+                                std::uint16_t& parent) const
+{
+    MotionCost best;
+    if (before.empty()) {
+        best.sum = rules.StartCost(state.joints);
+    }
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        if (parent != kNoParent && !(costsBefore[i] < best)) {
+            continue; // the way there only adds to it
         }
-        ends[point] = parents.size();
-        if (!states.empty()) {
-            before = std::move(states);
-            costsBefore = std::move(costs);
-            from = point;
+        const Passage passage = rules.PassageOn(way.kind, before[i], state, continued);
+        MotionCost cost = costsBefore[i];
+        cost.refused += rules.IsRefused(passage, before[i], state) ? 1U : 0U;
+        cost.breaks += passage == Passage::Straight ? 0U : 1U;
+        cost.sum += rules.TravelCost(way, before[i].joints, state.joints);
+        if (parent == kNoParent || cost < best) {
+            best = cost;
+            parent = static_cast<std::uint16_t>(i);
         }
     }
+    return best;
+}
+
+ChosenStates MotionSearch::Best() const
+{
+    ChosenStates chosen;
+    chosen.states.resize(ends.size());
     if (before.empty()) {
-        return;
+        return chosen;
     }
     const auto last = std::min_element(costsBefore.begin(), costsBefore.end());
-    total = *last;
+    chosen.cost = *last;
     // Back along the parents, over the points that have states.
-    auto state = static_cast<std::int32_t>(last - costsBefore.begin());
+    auto state = static_cast<std::size_t>(last - costsBefore.begin());
     for (std::size_t point = from + 1; point-- > 0;) {
         const std::size_t begin = point == 0 ? 0 : ends[point - 1];
         if (ends[point] > begin) {
-            chosen[point] = state;
-            const std::uint16_t parent = parents[begin + static_cast<std::size_t>(state)];
-            state = parent == kNoParent ? kNone : parent;
+            const Step& step = steps[begin + state];
+            chosen.states[point] = {step.candidate, step.image};
+            state = step.parent;
         }
     }
+    return chosen;
+}
+
+const MotionState& Choice::Remember(std::size_t point) const
+{
+    Remembered& last = remembered[point % remembered.size()];
+    if (!last.state || last.point != point) {
+        const ChosenState state = chosen.At(point);
+        rules.FindStates(candidates, point, static_cast<std::size_t>(state.candidate), looked);
+        last.point = point;
+        last.state = looked[static_cast<std::size_t>(state.image)];
+    }
+    return *last.state;
 }
 
 std::optional<MotionState> Choice::StateAt(std::size_t point) const
 {
-    if (chosen[point] == kNone) {
+    if (!chosen.HasState(point)) {
         return std::nullopt;
     }
-    Remembered& last = remembered[point % remembered.size()];
-    if (!last.state || last.point != point) {
-        last.point = point;
-        last.state = rules.StatesAt(candidates, point)[static_cast<std::size_t>(chosen[point])];
-    }
-    return last.state;
+    return Remember(point);
 }
 
 std::optional<std::size_t> Choice::PointBefore(std::size_t point) const
 {
-    while (point-- > 0) {
-        if (chosen[point] != kNone) {
+    while (point-- > chosen.firstPoint) {
+        if (chosen.HasState(point)) {
             return point;
         }
     }
@@ -303,7 +333,8 @@ std::vector<JointValues> Choice::CandidatesAt(std::size_t point) const
 {
     std::vector<JointValues> all;
     for (std::size_t i = 0; i < candidates.CountAt(point); ++i) {
-        all.push_back(candidates.JointsAt(point, i));
+        const double* const joints = candidates.JointsAt(point, i);
+        all.emplace_back(joints, joints + candidates.NumAxes());
     }
     return all;
 }
@@ -314,8 +345,8 @@ Passage Choice::PassageTo(std::size_t point) const
     if (!from) {
         return Passage::Straight;
     }
-    const MotionState state = *StateAt(point);
-    return rules.PassageOn(rules.WayBetween(*from, point).kind, *StateAt(*from), state,
+    const MotionState state = Remember(point);
+    return rules.PassageOn(rules.WayBetween(*from, point).kind, Remember(*from), state,
                            candidates.ParentAt(point, state.candidate));
 }
 

@@ -36,19 +36,23 @@ double BaseImage(const Axis& axis, double value)
     return value - kTurn * std::floor((value - low) / kTurn);
 }
 
+double OnNearestTurn(const Axis& axis, double value, double reference)
+{
+    const double low = axis.joint->GetLowBound();
+    const double high = axis.joint->GetHiBound();
+    const double nearest = NearestImage(value, reference);
+    if (nearest < low) {
+        return nearest + kTurn * std::ceil((low - nearest) / kTurn);
+    }
+    return nearest > high ? nearest - kTurn * std::ceil((nearest - high) / kTurn) : nearest;
+}
+
 JointValues OnNearestTurns(const std::vector<const Axis*>& axes, JointValues joints,
                            const JointValues& reference)
 {
     for (std::size_t i = 0; i < axes.size(); ++i) {
         if (axes[i]->isRotary && !CountsTurns(*axes[i])) {
-            const double low = axes[i]->joint->GetLowBound();
-            const double high = axes[i]->joint->GetHiBound();
-            joints[i] = NearestImage(joints[i], reference[i]);
-            if (joints[i] < low) {
-                joints[i] += kTurn * std::ceil((low - joints[i]) / kTurn);
-            } else if (joints[i] > high) {
-                joints[i] -= kTurn * std::ceil((joints[i] - high) / kTurn);
-            }
+            joints[i] = OnNearestTurn(*axes[i], joints[i], reference[i]);
         }
     }
     return joints;

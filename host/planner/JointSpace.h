@@ -32,6 +32,10 @@ bool CountsTurns(const Axis& axis);
 /// -pi to pi where turns do not count.
 double BaseImage(const Axis& axis, double value);
 
+/// `value` of a rotary axis whose turns do not count by whole turns nearest to `reference`, as far
+/// as its limits allow.
+double OnNearestTurn(const Axis& axis, double value, double reference);
+
 /// Every rotary axis of `joints` whose turns do not count by whole turns nearest to `reference`, as
 /// far as its limits allow.
 JointValues OnNearestTurns(const std::vector<const Axis*>& axes, JointValues joints,

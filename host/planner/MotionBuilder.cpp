@@ -49,6 +49,9 @@ MotionBuilder::MotionBuilder(Workplace& at, const ChosenMotion& ofMotion, RowTak
 
 void MotionBuilder::Build(std::size_t point)
 {
+    if (point >= now.poleEnd) {
+        ForgetPole();
+    }
     if (const std::optional<MotionState> state = choice.StateAt(point)) {
         const Passage passage = choice.PassageTo(point);
         if (now.isFollowed && passage != Passage::Straight && !Swing(point, *state, passage)) {
@@ -202,6 +205,14 @@ std::string MotionBuilder::WhyNot(std::size_t point, const std::vector<JointValu
     return Sentence(*least, units);
 }
 
+/// Behind its last point nothing of a stretch at the pole counts any more.
+void MotionBuilder::ForgetPole()
+{
+    now.poleBegin = 0;
+    now.poleEnd = 0;
+    now.poleTurns.clear();
+}
+
 /// Spreads the turn of the free axis over the points of a stretch at the pole, evenly along the way
 /// from the point before it to the one behind it; a turn that can be made at a rapid is made there.
 void MotionBuilder::PlanPole(std::size_t point)
@@ -241,7 +252,7 @@ void MotionBuilder::PlanPole(std::size_t point)
 
 std::optional<JointValues> MotionBuilder::StandAtPole(std::size_t point)
 {
-    if (point >= now.poleEnd || point < now.poleBegin) {
+    if (now.poleTurns.empty()) {
         PlanPole(point);
     }
     JointValues joints = now.current;

@@ -69,6 +69,7 @@ class MotionBuilder
     void Fail(std::size_t point, const std::string& sentence);
     std::string WhyNot(std::size_t point, const std::vector<JointValues>& beyondLimits);
 
+    void ForgetPole();
     void PlanPole(std::size_t point);
     std::optional<JointValues> StandAtPole(std::size_t point);
 

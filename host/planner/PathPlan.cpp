@@ -1,15 +1,15 @@
 #include "planner/PathPlan.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <iterator>
 #include <map>
 #include <set>
+#include <string>
 #include <utility>
 
 #include "planner/CandidateBytes.h"
-#include "planner/Choice.h"
-#include "planner/MotionStretch.h"
+#include "planner/JointSpace.h"
+#include "planner/PlanQuestions.h"
 #include "solve/ToolRoll.h"
 
 namespace host
@@ -18,8 +18,74 @@ namespace host
 namespace
 {
 
-std::vector<const Axis*> AxesOfAll(const LoadedMachine& machine,
-                                   const std::vector<const LoadedStream*>& streams)
+constexpr std::size_t kStretchPoints = 128; // so many that asking for them costs little
+
+/// Near which values the axes whose turns do not count will stand, from point to point, told from
+/// the chosen states alone.
+class TurnForecast
+{
+  public:
+    TurnForecast(const Workplace& place, const CandidateTable& ofTable,
+                 const ChosenStates& ofPoints)
+        : axes(place.Axes()), table(ofTable), chosen(ofPoints), near(place.Start())
+    {}
+
+    /// At this point, which is not before the last one asked for.
+    const JointValues& At(std::size_t point)
+    {
+        for (; next <= point; ++next) {
+            if (chosen.HasState(next)) {
+                Take(table.JointsAt(next, static_cast<std::size_t>(chosen.At(next).candidate)));
+            }
+        }
+        return near;
+    }
+    /// From where the axes are found to stand before this point.
+    void StartAgain(const JointValues& joints, std::size_t point)
+    {
+        near = joints;
+        next = point;
+    }
+
+  private:
+    void Take(const double* joints)
+    {
+        for (std::size_t i = 0; i < axes.size(); ++i) {
+            near[i] = axes[i]->isRotary && !CountsTurns(*axes[i])
+                          ? OnNearestTurn(*axes[i], joints[i], near[i])
+                          : joints[i];
+        }
+    }
+
+    const std::vector<const Axis*>& axes;
+    const CandidateTable& table;
+    const ChosenStates& chosen;
+    JointValues near;
+    std::size_t next{0};
+};
+
+/// Hands the motion of a stretch on in its order.
+void TakeStretch(const BuiltStretch& built, const PathPlan::Takers& takers, MotionRow& row)
+{
+    ByteReader rows(built.rows);
+    std::size_t taken = 0;
+    for (std::size_t i = 0; i < built.events.size(); ++i) {
+        for (; taken < built.behindRows[i] && Take(rows, row); ++taken) {
+            takers.row(row);
+        }
+        takers.event(built.events[i]);
+    }
+    while (!rows.IsAtEnd() && Take(rows, row)) {
+        takers.row(row);
+    }
+    if (takers.text) {
+        takers.text(built.text);
+    }
+}
+
+} // namespace
+
+std::vector<const Axis*> PlanRequest::Axes() const
 {
     std::set<std::size_t> moved;
     for (const LoadedStream* stream : streams) {
@@ -27,18 +93,14 @@ std::vector<const Axis*> AxesOfAll(const LoadedMachine& machine,
     }
     std::vector<const Axis*> axes;
     std::transform(moved.begin(), moved.end(), std::back_inserter(axes),
-                   [&](std::size_t index) { return &machine.axes[index]; });
+                   [this](std::size_t index) { return &machine.axes[index]; });
     return axes;
 }
 
-constexpr std::size_t kStretchPoints = 128; // so many that asking for them costs little
-
-enum class Question : std::uint8_t { Find, Build };
-
-} // namespace
-
-PathPlan::PathPlan(const PlanRequest& request) : axes(AxesOfAll(request.machine, request.streams))
+PathPlan::PathPlan(const PlanRequest& request) : rowText(request.rowText), axes(request.Axes())
 {
+    std::transform(axes.begin(), axes.end(), std::back_inserter(initial),
+                   [](const Axis* axis) { return axis->initial; });
     const std::vector<ToolPoint>& points = request.path.points;
     const auto streamAt = [&](std::size_t point) {
         return request.streams[static_cast<std::size_t>(points[point].operation)];
@@ -51,6 +113,9 @@ PathPlan::PathPlan(const PlanRequest& request) : axes(AxesOfAll(request.machine,
         AddSection(request, begin, end);
         begin = end;
     }
+    if (!sections.empty()) {
+        StartFrom(sections.front(), initial);
+    }
 }
 
 void PathPlan::AddSection(const PlanRequest& request, std::size_t begin, std::size_t end)
@@ -61,32 +126,38 @@ void PathPlan::AddSection(const PlanRequest& request, std::size_t begin, std::si
     const auto at = [](std::size_t index) { return static_cast<std::ptrdiff_t>(index); };
     Section section;
     section.firstPoint = begin;
-    if (end - begin < points.size()) {
-        section.part = std::make_unique<Toolpath>();
-        section.part->file = request.path.file;
-        section.part->operations = request.path.operations;
-        section.part->points.assign(points.begin() + at(begin), points.begin() + at(end));
-    }
     std::vector<Vec3> xAxes;
     if (!request.toolXAxes.empty() &&
         HasOpenRoll(PointSolver(request.machine, stream, request.settings))) {
         xAxes.assign(request.toolXAxes.begin() + at(begin), request.toolXAxes.begin() + at(end));
     }
+    const PathWindow window(points.data() + begin, 0, end - begin, end - begin);
     section.place = std::make_unique<Workplace>(
-        request.machine, stream,
-        PathTargets(section.part ? *section.part : request.path, std::move(xAxes)),
+        request.machine, stream, request.path, PathTargets(window, std::move(xAxes)),
         request.toolLengths, request.options, request.settings);
     for (const Axis* axis : section.place->Axes()) {
         section.axisOf.push_back(
             static_cast<std::size_t>(std::find(axes.begin(), axes.end(), axis) - axes.begin()));
     }
     const std::size_t blockSize = CandidateFinder::BlockSize(*section.place);
-    section.table = std::make_unique<CandidateTable>(end - begin, section.axisOf.size(), blockSize);
+    section.table = std::make_unique<CandidateTable>(section.place->Axes(), blockSize);
     section.firstBlock = blocks.size();
     for (std::size_t first = 0; first < end - begin; first += blockSize) {
         blocks.push_back({sections.size(), first, std::min(first + blockSize, end - begin)});
     }
     sections.push_back(std::move(section));
+}
+
+/// From here on what is chosen for a section can be looked for.
+/// @param values where the axes of the rows stand before it
+void PathPlan::StartFrom(Section& section, const std::vector<double>& values) const
+{
+    JointValues start;
+    for (const std::size_t axis : section.axisOf) {
+        start.push_back(values[axis]);
+    }
+    section.place->SetStart(std::move(start));
+    section.search = std::make_unique<MotionSearch>(*section.place, *section.table);
 }
 
 std::size_t PathPlan::PointsUpTo(std::size_t block) const
@@ -112,7 +183,11 @@ bool PathPlan::Accepts(const CandidateBlock& block) const
 
 void PathPlan::Append(CandidateBlock next)
 {
-    sections[blocks[appended++].section].table->Append(std::move(next));
+    const Section& section = sections[blocks[appended++].section];
+    section.table->Append(std::move(next));
+    if (section.search) {
+        section.search->GoOn();
+    }
 }
 
 const CandidateBlock& PathPlan::Appended(std::size_t block) const
@@ -123,53 +198,55 @@ const CandidateBlock& PathPlan::Appended(std::size_t block) const
 
 bool PathPlan::Build(const Takers& takers, WorkLeader* leader)
 {
-    std::vector<double> values;
-    std::transform(axes.begin(), axes.end(), std::back_inserter(values),
-                   [](const Axis* axis) { return axis->initial; });
-    for (std::size_t i = 0; i < sections.size(); ++i) {
-        if (!BuildSection(i, takers, leader, values)) {
-            return false;
-        }
-    }
-    return true;
+    std::vector<double> values = initial;
+    return std::all_of(sections.begin(), sections.end(), [&](Section& section) {
+        return BuildSection(section, takers, leader, values);
+    });
 }
 
 /// @param values where the axes of the rows stand; left where the section leaves them
-bool PathPlan::BuildSection(std::size_t index, const Takers& takers, WorkLeader* leader,
+bool PathPlan::BuildSection(Section& section, const Takers& takers, WorkLeader* leader,
                             std::vector<double>& values)
 {
-    Section& section = sections[index];
-    CandidateTable& table = *section.table;
-    if (table.Blocks().empty()) {
+    if (section.table->Blocks().empty()) {
         return true;
     }
-    table.Link(section.place->Axes());
-    JointValues start;
-    for (const std::size_t axis : section.axisOf) {
-        start.push_back(values[axis]);
+    if (!section.search) {
+        StartFrom(section, values);
+        section.search->GoOn();
     }
-    section.place->SetStart(std::move(start));
-    const Choice choice(*section.place, table);
+    const ChosenStates chosen = section.search->Best();
+    const Choice choice(*section.place, *section.table, chosen);
+    const RowMaker maker(section.firstPoint, section.axisOf, values);
+    Takers noting = takers;
+    noting.row = [&](const MotionRow& row) {
+        values = row.flags.hasFailed ? values : row.joints;
+        takers.row(row);
+    };
+    return leader == nullptr ? BuildAlone(section, choice, maker, noting)
+                             : BuildShared(section, choice, chosen, maker, *leader, noting);
+}
 
-    MotionRow shown;
+bool PathPlan::BuildAlone(const Section& section, const Choice& choice, RowMaker maker,
+                          const Takers& takers) const
+{
+    Workplace& place = *section.place;
+    std::string text;
     const auto takeRow = [&](const MotionRow& row) {
-        shown = row;
-        shown.point += section.firstPoint;
-        for (std::size_t i = 0; i < row.joints.size(); ++i) {
-            values[section.axisOf[i]] = row.joints[i];
+        const MotionRow& made = maker.Made(row);
+        takers.row(made);
+        if (rowText && takers.text) {
+            text.clear();
+            rowText(made, place.PointAt(row.point).line, text);
+            takers.text(text);
         }
-        shown.joints = row.flags.hasFailed ? std::vector<double>{} : values;
-        takers.row(shown);
     };
     const auto takeEvent = [&](Event event) {
         event.point += section.firstPoint;
         takers.event(event);
     };
-    if (leader != nullptr) {
-        return BuildShared(index, choice, *leader, takeRow, takeEvent, takers);
-    }
-    MotionBuilder builder(*section.place, choice, takeRow, takeEvent);
-    for (std::size_t point = 0; point < table.NumDone(); ++point) {
+    MotionBuilder builder(place, choice, takeRow, takeEvent);
+    for (std::size_t point = 0; point < choice.EndPoint(); ++point) {
         if (!takers.mayGoOn(section.firstPoint + point)) {
             return false;
         }
@@ -178,73 +255,87 @@ bool PathPlan::BuildSection(std::size_t index, const Takers& takers, WorkLeader*
     return true;
 }
 
-/// Where the motion will stand at the begin of each stretch is foretold by going over the chosen
-/// states alone. A stretch that was built from where it does not begin after all is built again.
-bool PathPlan::BuildShared(std::size_t index, const ChosenMotion& motion, WorkLeader& leader,
-                           const MotionBuilder::RowTaker& takeRow,
-                           const MotionBuilder::EventTaker& takeEvent, const Takers& takers)
+/// Where the motion will stand at the begin of each stretch is foretold. A stretch that was built
+/// from where it does not begin after all, or that could not be foretold, is built when all before
+/// it is.
+bool PathPlan::BuildShared(const Section& section, const Choice& choice, const ChosenStates& chosen,
+                           const RowMaker& maker, WorkLeader& leader, const Takers& takers) const
 {
-    Workplace& place = *sections[index].place;
-    const std::size_t numPoints = motion.EndPoint();
+    Workplace& place = *section.place;
     const auto beginOf = [](std::size_t task) { return task * kStretchPoints; };
-    const auto endOf = [&](std::size_t task) { return std::min(beginOf(task + 1), numPoints); };
-    MotionBuilder forecast(
-        place, motion, [](const MotionRow& /*row*/) {}, [](const Event& /*event*/) {},
-        MotionBuilder::Purpose::Forecast);
-    MotionStand actual = forecast.Stand();
-    std::map<std::size_t, MotionStand> starts;
+    const auto endOf = [&](std::size_t task) {
+        return std::min(beginOf(task + 1), choice.EndPoint());
+    };
+    const auto build = [&](std::size_t task, const MotionStand& start) {
+        return BuildStretch(place, choice, start, beginOf(task), endOf(task), maker, rowText);
+    };
+    const auto isForeseen = [&](std::size_t task) {
+        if (beginOf(task) < kPointsToForetell) {
+            return false;
+        }
+        for (std::size_t i = beginOf(task) - kPointsToForetell; i < endOf(task); ++i) {
+            if (!chosen.HasState(i)) {
+                return false;
+            }
+        }
+        return true;
+    };
+    TurnForecast forecast(place, *section.table, chosen);
+    std::map<std::size_t, JointValues> turns; // before each stretch that is foreseen
+    MotionStand actual = MotionBuilder(place, choice, {}, {}).Stand();
     std::size_t taken = 0;
+    MotionRow row;
 
     SharedWork<BuiltStretch> work;
-    work.end = (numPoints + kStretchPoints - 1) / kStretchPoints;
+    work.end = (choice.EndPoint() + kStretchPoints - 1) / kStretchPoints;
     work.prepare = [&](std::size_t task) {
-        starts.emplace(task, forecast.Stand());
-        for (std::size_t point = beginOf(task); point < endOf(task); ++point) {
-            forecast.Build(point);
+        if (isForeseen(task)) {
+            turns.emplace(task, forecast.At(beginOf(task) - kPointsToForetell));
         }
     };
     work.question = [&](std::size_t task) {
-        const auto steps = MotionStretch::Of(motion, beginOf(task), endOf(task));
-        ByteWriter question;
-        if (steps) {
-            question.Put(Question::Build);
-            question.Put(static_cast<std::uint64_t>(index));
-            Put(question, starts.at(task));
-            Put(question, *steps);
+        const auto near = turns.find(task);
+        if (near == turns.end()) {
+            return std::string();
         }
-        return question.Take();
+        const std::size_t first = beginOf(task) - kPointsToForetell;
+        const auto at = [&](std::size_t point) {
+            return chosen.states.begin() + static_cast<std::ptrdiff_t>(point);
+        };
+        return BytesOf(BuildQuestion{AskedPoints::Of(place.Targets(), first, endOf(task)),
+                                     beginOf(task),
+                                     endOf(task),
+                                     place.Start(),
+                                     near->second,
+                                     section.table->Slice(first, endOf(task)),
+                                     {at(first), at(endOf(task))},
+                                     maker});
     };
     work.work = [&](std::size_t task) {
-        return BuildStretch(place, motion, starts.at(task), beginOf(task), endOf(task));
+        const auto near = turns.find(task);
+        return near == turns.end()
+                   ? BuiltStretch{}
+                   : build(task, ForetoldStand(place, choice, near->second, beginOf(task)));
     };
-    work.unpack = [&](std::size_t task, const std::string& answer) {
+    work.unpack = [&](std::size_t /*task*/, const std::string& answer) {
         BuiltStretch built;
         ByteReader reader(answer);
-        if (!Take(reader, built)) {
-            return BuildStretch(place, motion, starts.at(task), beginOf(task), endOf(task));
-        }
-        built.start = starts.at(task);
-        return built;
+        return Take(reader, built) ? std::move(built) : BuiltStretch{};
     };
     work.take = [&](std::size_t task, BuiltStretch built) {
         if (!AreSame(built.start, actual)) {
-            built = BuildStretch(place, motion, actual, beginOf(task), endOf(task));
-        }
-        std::size_t rows = 0;
-        for (const BuiltStretch::Happening& happening : built.events) {
-            for (; rows < happening.behindRows; ++rows) {
-                takeRow(built.rows[rows]);
+            built = build(task, actual);
+            forecast.StartAgain(built.end.current, endOf(task));
+            for (auto next = turns.upper_bound(task); next != turns.end(); ++next) {
+                next->second = forecast.At(beginOf(next->first) - kPointsToForetell);
             }
-            takeEvent(happening.event);
         }
-        for (; rows < built.rows.size(); ++rows) {
-            takeRow(built.rows[rows]);
-        }
+        TakeStretch(built, takers, row);
         actual = std::move(built.end);
-        starts.erase(task);
+        turns.erase(task);
         taken = endOf(task);
     };
-    work.mayGoOn = [&] { return takers.mayGoOn(sections[index].firstPoint + taken); };
+    work.mayGoOn = [&] { return takers.mayGoOn(section.firstPoint + taken); };
     return leader.Run(work);
 }
 
@@ -255,44 +346,26 @@ bool PathPlan::FindShared(WorkLeader& leader,
     work.first = appended;
     work.end = blocks.size();
     work.prepare = [](std::size_t /*block*/) {};
-    work.question = [](std::size_t block) {
-        ByteWriter question;
-        question.Put(Question::Find);
-        question.Put(static_cast<std::uint64_t>(block));
-        return question.Take();
+    work.question = [this](std::size_t block) {
+        const Block& of = blocks[block];
+        const Workplace& place = *sections[of.section].place;
+        if (place.IsRedundant()) {
+            return std::string(); // as large as the section
+        }
+        // The next block's first point tells which branches go on there.
+        const std::size_t end = std::min(of.end + 1, place.NumPoints());
+        return BytesOf(
+            FindQuestion{AskedPoints::Of(place.Targets(), of.begin, end), of.begin, of.end});
     };
     work.work = [this](std::size_t block) { return FindBlock(block); };
     work.unpack = [this](std::size_t block, const std::string& answer) {
         CandidateBlock found;
         ByteReader reader(answer);
-        return TakeBlock(reader, found) ? found : FindBlock(block);
+        return TakeBlock(reader, found) ? std::move(found) : FindBlock(block);
     };
     work.take = [this](std::size_t /*block*/, CandidateBlock found) { Append(std::move(found)); };
     work.mayGoOn = [&] { return mayGoOn(appended); };
     return leader.Run(work);
-}
-
-std::string PathPlan::Answer(const std::string& question)
-{
-    ByteReader reader(question);
-    Question kind{};
-    std::uint64_t index = 0;
-    if (!reader.Take(kind) || !reader.Take(index)) {
-        return {};
-    }
-    if (kind == Question::Find) {
-        return BytesOf(FindBlock(index));
-    }
-    MotionStand start;
-    MotionStretch::Steps steps;
-    if (!Take(reader, start) || !Take(reader, steps)) {
-        return {};
-    }
-    const std::size_t begin = steps.begin;
-    const MotionStretch stretch(std::move(steps));
-    ByteWriter answer;
-    Put(answer, BuildStretch(*sections[index].place, stretch, start, begin, stretch.EndPoint()));
-    return answer.Take();
 }
 
 } // namespace host

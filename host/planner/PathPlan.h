@@ -4,13 +4,16 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "machine/LoadedMachine.h"
+#include "planner/BuiltStretch.h"
 #include "planner/Candidates.h"
+#include "planner/Choice.h"
 #include "planner/MotionBuilder.h"
 #include "planner/PlanOptions.h"
+#include "planner/RowMaker.h"
 #include "planner/Workplace.h"
 #include "ranks/SharedWork.h"
 #include "toolpath/Toolpath.h"
@@ -30,6 +33,10 @@ struct PlanRequest
     std::vector<Vec3> toolXAxes;
     PlanOptions options;
     SolverSettings settings;
+    RowText rowText{}; //!< nothing where no text of rows is wanted
+
+    /// The axes of all streams that work on the path, in the machine's order: those of the rows.
+    std::vector<const Axis*> Axes() const;
 };
 
 /// From a path to its motion, in two stages: first the candidates, block by block in any order,
@@ -44,6 +51,8 @@ class PathPlan
         MotionBuilder::RowTaker row;
         MotionBuilder::EventTaker event;
         std::function<bool(std::size_t point)> mayGoOn; //!< before each point
+        /// Takes the text of rows in their order, of one or of many.
+        std::function<void(std::string_view text)> text{};
     };
 
     explicit PathPlan(const PlanRequest& request);
@@ -60,8 +69,7 @@ class PathPlan
     std::size_t NumAppended() const { return appended; }
     const CandidateBlock& Appended(std::size_t block) const;
 
-    /// The axes of all streams that work on the path, in the machine's order: those of the rows.
-    const std::vector<const Axis*>& Axes() const { return axes; }
+    const std::vector<const Axis*>& Axes() const { return axes; } //!< of the rows
     /// Chooses the motion through the candidates appended so far and builds its rows, for as long
     /// as it may go on. False when it might not. With other ranks to help the rows are the same.
     bool Build(const Takers& takers, WorkLeader* leader = nullptr);
@@ -69,18 +77,16 @@ class PathPlan
     /// Finds and appends the candidates that are missing, with other ranks to help.
     /// @param mayGoOn asked, with the number of blocks appended, again and again
     bool FindShared(WorkLeader& leader, const std::function<bool(std::size_t appended)>& mayGoOn);
-    /// On the other ranks: what the leader wants to know of the same plan.
-    std::string Answer(const std::string& question);
 
   private:
     /// Successive points of one stream.
     struct Section
     {
         std::size_t firstPoint{0};
-        std::unique_ptr<Toolpath> part; // null where the section is the whole path
         std::unique_ptr<Workplace> place;
         std::vector<std::size_t> axisOf; // for each of its axes, the place among those of the rows
         std::unique_ptr<CandidateTable> table;
+        std::unique_ptr<MotionSearch> search;
         std::size_t firstBlock{0};
     };
     struct Block
@@ -91,13 +97,17 @@ class PathPlan
     };
 
     void AddSection(const PlanRequest& request, std::size_t begin, std::size_t end);
-    bool BuildSection(std::size_t index, const Takers& takers, WorkLeader* leader,
+    void StartFrom(Section& section, const std::vector<double>& values) const;
+    bool BuildSection(Section& section, const Takers& takers, WorkLeader* leader,
                       std::vector<double>& values);
-    bool BuildShared(std::size_t index, const ChosenMotion& motion, WorkLeader& leader,
-                     const MotionBuilder::RowTaker& takeRow,
-                     const MotionBuilder::EventTaker& takeEvent, const Takers& takers);
+    bool BuildAlone(const Section& section, const Choice& choice, RowMaker maker,
+                    const Takers& takers) const;
+    bool BuildShared(const Section& section, const Choice& choice, const ChosenStates& chosen,
+                     const RowMaker& maker, WorkLeader& leader, const Takers& takers) const;
 
+    RowText rowText;
     std::vector<const Axis*> axes;
+    std::vector<double> initial; // values of these
     std::vector<Section> sections;
     std::vector<Block> blocks;
     std::size_t appended{0};

@@ -7,14 +7,14 @@ namespace host
 
 CutterLocation PathTargets::LocationAt(std::size_t point) const
 {
-    return {path.points[point].position, path.points[point].direction};
+    return {points[point].position, points[point].direction};
 }
 
 PathTarget PathTargets::At(std::size_t point) const
 {
     PathTarget target{LocationAt(point), std::nullopt};
     if (!xAxes.empty()) {
-        target.xAxis = xAxes[point];
+        target.xAxis = XAxisAt(point);
     }
     return target;
 }
@@ -25,8 +25,8 @@ PathTarget PathTargets::Towards(std::size_t point, double share) const
     const CutterLocation to = LocationAt(point);
     PathTarget target{Between(from, to, share), std::nullopt};
     if (!xAxes.empty()) {
-        target.xAxis =
-            XAxisBetween({from.direction, xAxes[point - 1]}, {to.direction, xAxes[point]}, share);
+        target.xAxis = XAxisBetween({from.direction, XAxisAt(point - 1)},
+                                    {to.direction, XAxisAt(point)}, share);
     }
     return target;
 }

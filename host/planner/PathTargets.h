@@ -2,9 +2,11 @@
 #define TRUNNION_HOST_PLANNER_PATH_TARGETS_H
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "solve/PointSolver.h"
+#include "toolpath/PathWindow.h"
 #include "toolpath/Toolpath.h"
 
 namespace host
@@ -14,15 +16,14 @@ namespace host
 class PathTargets
 {
   public:
-    /// Position and direction of the tool count.
-    explicit PathTargets(const Toolpath& ofPath) : path(ofPath) {}
-    /// The whole orientation counts: an x axis of the tool for each point.
-    PathTargets(const Toolpath& ofPath, std::vector<Vec3> ofXAxes)
-        : path(ofPath), xAxes(std::move(ofXAxes))
+    /// @param ofXAxes of the tool, one for each point of the window, where the whole orientation
+    /// counts; empty where position and direction do
+    explicit PathTargets(const PathWindow& ofPoints, std::vector<Vec3> ofXAxes = {})
+        : points(ofPoints), xAxes(std::move(ofXAxes))
     {}
 
-    const Toolpath& Path() const { return path; }
-    const ToolPoint& PointAt(std::size_t point) const { return path.points[point]; }
+    const PathWindow& Points() const { return points; }
+    const ToolPoint& PointAt(std::size_t point) const { return points[point]; }
     CutterLocation LocationAt(std::size_t point) const;
     PathTarget At(std::size_t point) const;
     /// On the straight way to `point` from the point before it, at `share` of it.
@@ -30,8 +31,10 @@ class PathTargets
     bool FixWholeOrientation() const { return !xAxes.empty(); }
 
   private:
-    const Toolpath& path;
-    std::vector<Vec3> xAxes; // empty where the turn about the tool does not count
+    const Vec3& XAxisAt(std::size_t point) const { return xAxes[point - points.FirstPoint()]; }
+
+    PathWindow points;
+    std::vector<Vec3> xAxes;
 };
 
 } // namespace host

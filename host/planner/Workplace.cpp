@@ -16,12 +16,12 @@ constexpr std::size_t kNumbersOfOrientation = 6; // position and the whole orien
 
 } // namespace
 
-Workplace::Workplace(const LoadedMachine& ofMachine, const LoadedStream& stream, PathTargets ofPath,
-                     std::vector<double> ofTools, const PlanOptions& withOptions,
-                     const SolverSettings& withSettings)
-    : machine(ofMachine), targets(std::move(ofPath)), toolLengths(std::move(ofTools)),
-      options(withOptions), settings(withSettings), solver(ofMachine, stream, withSettings),
-      pair(RotaryPair::Of(solver)),
+Workplace::Workplace(const LoadedMachine& ofMachine, const LoadedStream& stream,
+                     const Toolpath& ofPath, PathTargets ofPoints, std::vector<double> ofTools,
+                     const PlanOptions& withOptions, const SolverSettings& withSettings)
+    : machine(ofMachine), operations(ofPath.operations), targets(std::move(ofPoints)),
+      toolLengths(std::move(ofTools)), options(withOptions), settings(withSettings),
+      solver(ofMachine, stream, withSettings), pair(RotaryPair::Of(solver)),
       isRedundant(solver.FreeAxes().size() >
                   (targets.FixWholeOrientation() ? kNumbersOfOrientation : kNumbersOfDirection)),
       start(solver.Initial())
@@ -42,7 +42,6 @@ bool Workplace::IsFreeWay(std::size_t point) const
     }
     const auto before = static_cast<std::size_t>(PointAt(point - 1).operation);
     const auto here = static_cast<std::size_t>(PointAt(point).operation);
-    const std::vector<Operation>& operations = targets.Path().operations;
     return toolLengths[before] != toolLengths[here] ||
            operations[before].toolNumber != operations[here].toolNumber;
 }

@@ -22,10 +22,11 @@ namespace host
 class Workplace
 {
   public:
-    /// `toolLengths` has one entry for each operation [length].
-    Workplace(const LoadedMachine& ofMachine, const LoadedStream& stream, PathTargets ofPath,
-              std::vector<double> ofTools, const PlanOptions& withOptions,
-              const SolverSettings& settings);
+    /// @param ofPath of which the operations count here; outlives the workplace
+    /// @param ofTools the tool lengths of each operation [length]
+    Workplace(const LoadedMachine& ofMachine, const LoadedStream& stream, const Toolpath& ofPath,
+              PathTargets ofPoints, std::vector<double> ofTools, const PlanOptions& withOptions,
+              const SolverSettings& withSettings);
 
     const LoadedMachine& Machine() const { return machine; }
     const std::vector<const Axis*>& Axes() const { return solver.Axes(); }
@@ -33,7 +34,9 @@ class Workplace
     const PlanOptions& Options() const { return options; }
     const SolverSettings& Settings() const { return settings; }
     const std::optional<RotaryPair>& Pair() const { return pair; }
-    std::size_t NumPoints() const { return targets.Path().points.size(); }
+    /// Looks at other points of the path, with as much of an orientation as before.
+    void LookAt(PathTargets points) { targets = std::move(points); }
+    std::size_t NumPoints() const { return targets.Points().NumPoints(); }
     const ToolPoint& PointAt(std::size_t point) const { return targets.PointAt(point); }
 
     /// The solver with the tool of this point's operation in its seat.
@@ -76,6 +79,7 @@ class Workplace
 
   private:
     const LoadedMachine& machine;
+    const std::vector<Operation>& operations;
     PathTargets targets;
     std::vector<double> toolLengths;
     PlanOptions options;

@@ -11,15 +11,16 @@ namespace host
 namespace
 {
 
-std::string Text(const RowFlags& flags)
+void AppendFlags(const RowFlags& flags, std::string& text)
 {
-    std::string text;
+    bool isFirst = true;
     for (const RowFlagName& flag : kRowFlagNames) {
         if (flags.*flag.member) {
-            text += (text.empty() ? "" : "|") + std::string(flag.name);
+            text += isFirst ? "" : "|";
+            text += flag.name;
+            isFirst = false;
         }
     }
-    return text;
 }
 
 } // namespace
@@ -39,15 +40,23 @@ std::string JointTable::Header() const
 
 std::string JointTable::Row(const MotionRow& row, int line) const
 {
+    std::string text;
+    AppendRow(row, line, text);
+    return text;
+}
+
+void JointTable::AppendRow(const MotionRow& row, int line, std::string& text) const
+{
     const bool hasValues = !row.flags.hasFailed;
-    std::string text = std::to_string(row.point + 1) + "," + std::to_string(line) + ",";
+    text += std::to_string(row.point + 1) + "," + std::to_string(line) + ",";
     for (std::size_t i = 0; i < axes.size(); ++i) {
         text += (hasValues ? ShortestText(Shown(*axes[i], row.joints[i], units)) : "") + ",";
     }
     text += (hasValues ? ShortestText(row.error.position) : "") + ",";
     text += (hasValues ? ShortestText(row.error.direction_deg) : "") + ",";
     text += (hasValues && row.branch > 0 ? std::to_string(row.branch) : "") + ",";
-    return text + Text(row.flags) + "\n";
+    AppendFlags(row.flags, text);
+    text += "\n";
 }
 
 } // namespace host

@@ -20,9 +20,10 @@ class JointTable
     JointTable(std::vector<const Axis*> ofAxes, const ShownUnits& inUnits);
 
     std::string Header() const;
-    /// `line` is where the toolpath has the row's point. The cells of what a row that has failed
-    /// does not have stay empty.
+    /// A line; `line` is where the toolpath has the row's point. The cells of what a row
+    /// that has failed does not have stay empty.
     std::string Row(const MotionRow& row, int line) const;
+    void AppendRow(const MotionRow& row, int line, std::string& text) const;
 
   private:
     std::vector<const Axis*> axes;

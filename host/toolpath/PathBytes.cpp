@@ -27,13 +27,6 @@ bool TakeOptional(ByteReader& bytes, std::optional<Value>& value)
     return true;
 }
 
-bool TakePoint(ByteReader& bytes, ToolPoint& point)
-{
-    return bytes.Take(point.line) && bytes.Take(point.operation) && bytes.Take(point.position) &&
-           bytes.Take(point.direction) && bytes.Take(point.isRapid) &&
-           TakeOptional(bytes, point.feed);
-}
-
 bool TakeOperation(ByteReader& bytes, Operation& operation)
 {
     std::uint64_t firstPoint = 0;
@@ -47,18 +40,9 @@ bool TakeOperation(ByteReader& bytes, Operation& operation)
 
 } // namespace
 
-void Put(ByteWriter& bytes, const Toolpath& path)
+void PutFrame(ByteWriter& bytes, const Toolpath& path)
 {
     bytes.PutText(path.file);
-    bytes.Put(static_cast<std::uint64_t>(path.points.size()));
-    for (const ToolPoint& point : path.points) {
-        bytes.Put(point.line);
-        bytes.Put(point.operation);
-        bytes.Put(point.position);
-        bytes.Put(point.direction);
-        bytes.Put(point.isRapid);
-        PutOptional(bytes, point.feed);
-    }
     bytes.Put(static_cast<std::uint64_t>(path.operations.size()));
     for (const Operation& operation : path.operations) {
         bytes.PutText(operation.name);
@@ -69,10 +53,9 @@ void Put(ByteWriter& bytes, const Toolpath& path)
     }
 }
 
-bool Take(ByteReader& bytes, Toolpath& path)
+bool TakeFrame(ByteReader& bytes, Toolpath& path)
 {
-    return bytes.TakeText(path.file) && bytes.TakeEach(path.points, TakePoint) &&
-           bytes.TakeEach(path.operations, TakeOperation);
+    return bytes.TakeText(path.file) && bytes.TakeEach(path.operations, TakeOperation);
 }
 
 } // namespace host

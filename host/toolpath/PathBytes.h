@@ -7,9 +7,10 @@
 namespace host
 {
 
-/// A path as bytes, from rank to rank: all but its warnings, which have been told.
-void Put(ByteWriter& bytes, const Toolpath& path);
-bool Take(ByteReader& bytes, Toolpath& path);
+/// A path as bytes, from rank to rank: all but its points, which go along with what is asked of
+/// them, and its warnings, which have been told.
+void PutFrame(ByteWriter& bytes, const Toolpath& path);
+bool TakeFrame(ByteReader& bytes, Toolpath& path);
 
 } // namespace host
 

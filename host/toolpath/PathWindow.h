@@ -23,6 +23,7 @@ class PathWindow
         : begin(points), firstPoint(first), endPoint(end), numPoints(ofWhole)
     {}
 
+    std::size_t FirstPoint() const { return firstPoint; }
     /// Of the path, not the window.
     std::size_t NumPoints() const { return numPoints; }
     bool Has(std::size_t point) const { return firstPoint <= point && point < endPoint; }

@@ -40,17 +40,18 @@ class Chosen
 {
   public:
     explicit Chosen(const PlanRig& rig)
-        : place(rig.machine, *rig.streams.front(), host::PathTargets(rig.path), rig.toolLengths,
-                rig.options, rig.settings),
-          table(place.NumPoints(), place.Axes().size(), host::CandidateFinder::BlockSize(place))
+        : place(rig.machine, *rig.streams.front(), rig.path, host::PathTargets(host::PathWindow(rig.path)),
+                rig.toolLengths, rig.options, rig.settings),
+          table(place.Axes(), host::CandidateFinder::BlockSize(place))
     {
         const std::size_t size = host::CandidateFinder::BlockSize(place);
         for (std::size_t first = 0; first < place.NumPoints(); first += size) {
             const std::size_t end = std::min(first + size, place.NumPoints());
             table.Append(host::CandidateFinder(place).FindBlock(first, end));
         }
-        table.Link(place.Axes());
-        choice.emplace(place, table);
+        host::MotionSearch search(place, table);
+        search.GoOn();
+        choice.emplace(place, table, search.Best());
     }
 
     explicit Chosen(PlanRig&&) = delete; // it looks at the rig

@@ -14,8 +14,9 @@
 
 #include "PlanRig.h"
 #include "RanksInDisorder.h"
-#include "planner/MotionStretch.h"
+#include "planner/BuiltStretch.h"
 #include "planner/PathPlan.h"
+#include "planner/PlanAssistant.h"
 #include "ranks/SharedWork.h"
 #include "text/Bytes.h"
 
@@ -33,64 +34,87 @@ using test::RanksInDisorder;
 struct Record
 {
     std::string bytes;
+    std::string text;
     std::size_t points{0};
 
     PathPlan::Takers Takers()
     {
-        const auto put = [this](const host::BuiltStretch& one) {
-            host::ByteWriter writer;
-            Put(writer, one);
-            bytes += writer.Bytes();
-        };
-        return {[put](const host::MotionRow& row) {
-                    host::BuiltStretch one;
-                    one.rows.push_back(row);
-                    put(one);
+        return {[this](const host::MotionRow& row) {
+                    host::ByteWriter writer;
+                    Put(writer, row);
+                    bytes += writer.Bytes();
                 },
-                [put](const host::Event& event) {
-                    host::BuiltStretch one;
-                    one.events.push_back({0, event});
-                    put(one);
+                [this](const host::Event& event) {
+                    host::ByteWriter writer;
+                    writer.Put(event.kind);
+                    writer.Put(event.point);
+                    writer.Put(event.line);
+                    writer.PutText(event.sentence);
+                    bytes += writer.Bytes();
                 },
                 [this](std::size_t point) {
                     points = point;
                     return true;
-                }};
+                },
+                [this](std::string_view some) { text += some; }};
     }
 };
 
+/// With a text that tells rows apart.
+host::PlanRequest RequestOf(const PlanRig& rig)
+{
+    host::PlanRequest request = rig.Request();
+    request.rowText = [](const host::MotionRow& row, int line, std::string& text) {
+        text += std::to_string(row.point) + "," + std::to_string(line) + "," +
+                std::to_string(row.joints.size()) + "\n";
+    };
+    return request;
+}
+
 std::string PlannedAlone(const PlanRig& rig)
 {
-    PathPlan plan(rig.Request());
+    PathPlan plan(RequestOf(rig));
     for (std::size_t block = 0; block < plan.NumBlocks(); ++block) {
         plan.Append(plan.FindBlock(block));
     }
     Record record;
     EXPECT_TRUE(plan.Build(record.Takers()));
-    return record.bytes;
+    return record.bytes + record.text;
 }
 
-/// The other ranks have machines of their own.
+/// Another rank has a machine of its own and no points.
+struct Helping
+{
+    explicit Helping(PlanRig ofPlan) : rig(std::move(ofPlan)), request(RequestOf(rig))
+    {
+        rig.path.points.clear();
+    }
+    Helping(const Helping&) = delete;
+    Helping& operator=(const Helping&) = delete;
+
+    PlanRig rig;
+    host::PlanRequest request;
+    host::PlanAssistant assistant{request};
+};
+
 std::string PlannedBy(int ranks, unsigned seed, const std::function<PlanRig()>& make,
                       std::size_t& numAsked)
 {
     const PlanRig rig = make();
-    std::vector<std::unique_ptr<PlanRig>> rigs;
-    std::vector<std::unique_ptr<PathPlan>> plans;
+    std::vector<std::unique_ptr<Helping>> helping;
     for (int rank = 0; rank < ranks; ++rank) {
-        rigs.push_back(std::make_unique<PlanRig>(make()));
-        plans.push_back(std::make_unique<PathPlan>(rigs.back()->Request()));
+        helping.push_back(std::make_unique<Helping>(make()));
     }
     RanksInDisorder others(ranks, seed, [&](int rank, const std::string& question) {
-        return plans[static_cast<std::size_t>(rank)]->Answer(question);
+        return helping[static_cast<std::size_t>(rank)]->assistant.Answer(question);
     });
     host::WorkLeader leader(others);
-    PathPlan plan(rig.Request());
+    PathPlan plan(RequestOf(rig));
     EXPECT_TRUE(plan.FindShared(leader, [](std::size_t) { return true; }));
     Record record;
     EXPECT_TRUE(plan.Build(record.Takers(), &leader));
     numAsked = others.numAsked;
-    return record.bytes;
+    return record.bytes + record.text;
 }
 
 void ExpectTheSame(const std::function<PlanRig()>& make)
@@ -168,19 +192,19 @@ TEST(SharedPlan, EndsWhenItMayNotGoOnAndGoesOnAlone)
                        WindingPath());
     };
     const PlanRig rig = make();
-    const PlanRig helping = make();
-    PathPlan help(helping.Request());
-    RanksInDisorder others(
-        2, 1, [&](int /*rank*/, const std::string& question) { return help.Answer(question); });
+    Helping help(make());
+    RanksInDisorder others(2, 1, [&](int /*rank*/, const std::string& question) {
+        return help.assistant.Answer(question);
+    });
     host::WorkLeader leader(others);
-    PathPlan plan(rig.Request());
+    PathPlan plan(RequestOf(rig));
     EXPECT_FALSE(plan.FindShared(leader, [](std::size_t appended) { return appended < 3; }));
     EXPECT_EQ(plan.NumAppended(), 3U);
     EXPECT_TRUE(plan.FindShared(leader, [](std::size_t) { return true; }));
     EXPECT_EQ(plan.NumAppended(), plan.NumBlocks());
     Record record;
     EXPECT_TRUE(plan.Build(record.Takers()));
-    EXPECT_EQ(record.bytes, PlannedAlone(make()));
+    EXPECT_EQ(record.bytes + record.text, PlannedAlone(make()));
 }
 
 TEST(WorkLeader, DoesByItselfWhatOthersCannot)
