@@ -1,5 +1,7 @@
 #include "app/Interrupt.h"
 
+#include <utility>
+
 namespace host
 {
 
@@ -15,8 +17,16 @@ extern "C" void TakeRequest(int /*signal*/)
 
 } // namespace
 
-Interrupt::Interrupt()
+Interrupt* Interrupt::outermost = nullptr;
+
+Interrupt::Interrupt() : Interrupt(nullptr) {}
+
+Interrupt::Interrupt(std::function<void()> whenAsked) : meanwhile(std::move(whenAsked))
 {
+    if (outermost != nullptr) {
+        return;
+    }
+    outermost = this;
     isRequested = 0;
     struct sigaction action = {};
     action.sa_handler = TakeRequest;
@@ -30,6 +40,10 @@ Interrupt::Interrupt()
 
 Interrupt::~Interrupt()
 {
+    if (outermost != this) {
+        return;
+    }
+    outermost = nullptr;
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
         ::sigaction(kSignals[i], &previous[i], nullptr);
     }
@@ -37,7 +51,15 @@ Interrupt::~Interrupt()
 
 bool Interrupt::IsRequested() const
 {
+    if (outermost != this && outermost->meanwhile) {
+        outermost->meanwhile();
+    }
     return isRequested != 0;
+}
+
+void Interrupt::Request()
+{
+    isRequested = 1;
 }
 
 } // namespace host

@@ -1,5 +1,6 @@
 #include "app/Progress.h"
 
+#include <iostream>
 #include <utility>
 
 #include <unistd.h>
@@ -16,7 +17,8 @@ constexpr const char* kClearLine = "\r\x1B[K";
 } // namespace
 
 Progress::Progress(std::ostream& onTerminal, std::string ofWhat, std::size_t ofTotal, bool isWanted)
-    : terminal(onTerminal), what(std::move(ofWhat)), total(ofTotal), isShown(isWanted)
+    : terminal(onTerminal), what(std::move(ofWhat)), total(ofTotal),
+      isShown(isWanted && onTerminal.rdbuf() == std::cerr.rdbuf())
 {}
 
 Progress::~Progress()

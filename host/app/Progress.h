@@ -13,7 +13,8 @@ namespace host
 class Progress
 {
   public:
-    /// Counts what `ofWhat` says, for instance "solving point". Shows nothing unless `isWanted`.
+    /// Counts what `ofWhat` says, for instance "solving point". Shows nothing unless `isWanted`,
+    /// nor to a stream that only collects.
     Progress(std::ostream& onTerminal, std::string ofWhat, std::size_t ofTotal, bool isWanted);
     ~Progress();
     Progress(const Progress&) = delete;

@@ -38,4 +38,31 @@ TEST(Interrupt, GivesTheSignalsBack)
     EXPECT_EQ(std::signal(SIGTERM, SIG_DFL), SIG_DFL);
 }
 
+TEST(Interrupt, IsOneWithThoseThatAreMadeWhileItLives)
+{
+    int numAsked = 0;
+    const host::Interrupt outer([&] { ++numAsked; });
+    std::raise(SIGINT);
+    {
+        const host::Interrupt inner; // forgets nothing
+        EXPECT_TRUE(inner.IsRequested());
+        EXPECT_EQ(numAsked, 1);
+    }
+    EXPECT_TRUE(outer.IsRequested());
+    EXPECT_EQ(numAsked, 1); // by itself it calls nobody
+    std::raise(SIGTERM);    // ends the program unless the signals are still taken
+    const host::Interrupt later;
+    EXPECT_TRUE(later.IsRequested());
+}
+
+TEST(Interrupt, CanBeRequestedWithoutASignal)
+{
+    {
+        const host::Interrupt interrupt;
+        host::Interrupt::Request();
+        EXPECT_TRUE(interrupt.IsRequested());
+    }
+    EXPECT_FALSE(host::Interrupt().IsRequested());
+}
+
 } // namespace
