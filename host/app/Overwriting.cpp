@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <system_error>
 
+#include <sys/stat.h>
+
 #include "text/InputError.h"
 
 namespace host
@@ -41,6 +43,17 @@ void RefuseOverwriting(const std::vector<fs::path>& written, const std::vector<f
         }
         taken.push_back(output);
     }
+}
+
+std::vector<std::string> FileKeys(const fs::path& path)
+{
+    std::vector<std::string> keys{RealPath(path).string()};
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) == 0) { // there may be links that are not symbolic
+        keys.push_back("inode " + std::to_string(status.st_dev) + ":" +
+                       std::to_string(status.st_ino));
+    }
+    return keys;
 }
 
 } // namespace host

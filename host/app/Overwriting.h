@@ -2,6 +2,7 @@
 #define TRUNNION_HOST_APP_OVERWRITING_H
 
 #include <filesystem>
+#include <string>
 #include <vector>
 
 namespace host
@@ -12,6 +13,10 @@ namespace host
 /// whatever links lead there.
 void RefuseOverwriting(const std::vector<std::filesystem::path>& written,
                        const std::vector<std::filesystem::path>& read);
+
+/// What tells a file from all others, whatever links lead there: two names are of the same file
+/// where they have one of these in common.
+std::vector<std::string> FileKeys(const std::filesystem::path& path);
 
 } // namespace host
 

@@ -13,7 +13,6 @@
 #include "app/FileDigest.h"
 #include "app/Helpers.h"
 #include "app/Interrupt.h"
-#include "app/Overwriting.h"
 #include "app/PageHtml.h"
 #include "app/Progress.h"
 #include "app/ReportText.h"
@@ -21,6 +20,7 @@
 #include "app/SolveReport.h"
 #include "app/SolveSetup.h"
 #include "app/Summary.h"
+#include "app/UsedFiles.h"
 #include "machine/AxisText.h"
 #include "machine/LoadedMachine.h"
 #include "machine/MachineAssembly.h"
@@ -45,25 +45,6 @@ fs::path WithSuffix(fs::path path, const char* suffix)
 {
     path += suffix;
     return path;
-}
-
-/// Next to the table stands what an interrupted run leaves and a finished one takes away.
-void CheckPlaces(const SolveOptions& options)
-{
-    std::vector<fs::path> read{options.machine.file, options.toolpath.file};
-    std::vector<fs::path> written{options.output, WithSuffix(options.output, ".partial"),
-                                  WithSuffix(options.output, ".resume")};
-    if (options.gcode) {
-        read.emplace_back(options.dialect);
-        written.push_back(*options.gcode);
-    }
-    if (options.summary) {
-        written.push_back(*options.summary);
-    }
-    if (options.report) {
-        written.push_back(*options.report);
-    }
-    RefuseOverwriting(written, read);
 }
 
 std::string BytesOf(const std::string& machineText, const Toolpath& path)
@@ -129,7 +110,7 @@ class PathRun
           plan(request), units{request.machine.length,
                                ofUser.inRadians ? AngleUnit::Radian : AngleUnit::Degree},
           summary(plan.Axes(), units), showsProgress(!ofUser.isQuiet && IsErrorATerminal()),
-          checkpoint(WithSuffix(ofUser.output, ".resume")),
+          checkpoint(CheckpointOf(ofUser.output)),
           outputs(ofUser, request.machine, request.path, plan.Axes(), units, messages)
     {}
 
@@ -267,7 +248,7 @@ ExitCode SolveShared(const SolveOptions& options, Ranks& ranks, std::ostream& ou
         DescriptionFromText(machineText, options.machine.file, options.machine.links));
     const WatchedFile pathFile(options.toolpath.file);
     const Toolpath path = ReadPath(options.toolpath, machine.length, err);
-    CheckPlaces(options);
+    RefuseOverwriting(FilesOf(options));
     const PlanRequest request = RequestFrom(options, machine, path, err);
     helpers.Share([&] { return BytesOf(machineText, path); });
     const SourceDigests sources{machineFile.Digest(), pathFile.Digest()};
