@@ -13,6 +13,10 @@ enum ExitCode : int {
     kExitInterrupted = 130
 };
 
+/// What it says when that is why.
+inline constexpr const char* kNotEnoughMemory =
+    "trunnion: there is not enough memory; free some, or split the toolpath";
+
 } // namespace host
 
 #endif

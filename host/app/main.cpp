@@ -13,6 +13,8 @@
 #include <CLI/CLI.hpp>
 
 #include "app/Arguments.h"
+#include "app/BatchArguments.h"
+#include "app/BatchCommand.h"
 #include "app/BranchesCommand.h"
 #include "app/BundledPage.h"
 #include "app/CheckCommand.h"
@@ -83,14 +85,25 @@ void AddView(CLI::App& app, host::ViewOptions& options)
     view->footer(host::kExitCodes);
 }
 
-/// The leader alone speaks to the user, and alone is asked to end early: it tells the others.
+/// The leader alone speaks to the user.
 void FallSilent()
 {
     std::cout.rdbuf(nullptr);
     std::cerr.rdbuf(nullptr);
+}
+
+/// And alone is asked to end early: it tells the others.
+void LeaveSignalsToLeader()
+{
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         std::signal(signal, SIG_IGN);
     }
+}
+
+host::JobReader ReaderForBatch(host::SolveOptions usual, const char* program)
+{
+    usual.command = {program};
+    return host::ReaderOfJobs(usual);
 }
 
 host::ExitCode Run(int argc, char** argv)
@@ -113,16 +126,26 @@ host::ExitCode Run(int argc, char** argv)
     host::ViewOptions view;
     view.version = host::kVersion;
     solve.page = view.page = host::BundledPage();
+    host::BatchOptions batch;
+    batch.version = host::kVersion;
+    batch.read = ReaderForBatch(solve, argc > 0 ? argv[0] : "trunnion");
     host::AddSolve(app, solve);
     AddCheck(app, check);
     AddPose(app, pose);
     AddBranches(app, branches);
     host::AddVerify(app, verify);
     AddView(app, view);
+    host::AddBatch(app, batch);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& answer) {
         return app.exit(answer) == 0 ? host::kExitOk : host::kExitBadInput;
+    }
+    if (app.got_subcommand("batch")) { // each rank has runs of its own to end
+        return host::Batch(batch, *ranks, std::cout, std::cerr);
+    }
+    if (!ranks->Leads()) {
+        LeaveSignalsToLeader();
     }
     if (app.got_subcommand("solve")) {
         return host::SolveShared(solve, *ranks, std::cout, std::cerr);
@@ -171,7 +194,7 @@ int main(int argc, char** argv)
         }
         return code;
     } catch (const std::bad_alloc&) {
-        std::cerr << "trunnion: there is not enough memory; free some, or split the toolpath\n";
+        std::cerr << host::kNotEnoughMemory << "\n";
         return host::kExitBadInput;
     } catch (const std::exception& error) {
         std::cerr << error.what() << "\n";

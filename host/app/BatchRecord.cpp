@@ -1,0 +1,77 @@
+#include "app/BatchRecord.h"
+
+#include <string_view>
+#include <system_error>
+
+#include "text/InputError.h"
+#include "text/InputFile.h"
+#include "text/LineReader.h"
+#include "text/OutputFile.h"
+
+namespace host
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kFormat = "trunnion batch 1";
+constexpr TextBounds kBounds{64UL * 1024 * 1024, 256};
+
+} // namespace
+
+void BatchRecord::Load()
+{
+    std::error_code ignored;
+    if (!fs::exists(file, ignored)) {
+        return;
+    }
+    std::ifstream in = OpenInput(file);
+    LineReader reader(in, file.string(), kBounds);
+    const auto refuse = [&] {
+        throw InputError(file.string(), "a batch notes in this file what is done, and it holds "
+                                        "something else; move it away");
+    };
+    if (!reader.Next() || reader.Line() != kFormat) {
+        refuse();
+    }
+    while (reader.Next()) {
+        const std::string_view line = reader.Line(); // fingerprint, blank, 0 or 1
+        const std::size_t blank = line.find(' ');
+        const std::string_view code = blank == 0 || blank == std::string_view::npos
+                                          ? std::string_view()
+                                          : line.substr(blank + 1);
+        if (code != "0" && code != "1") {
+            refuse();
+        }
+        finished[std::string(line.substr(0, blank))] = code == "0" ? kExitOk : kExitPointsFailed;
+    }
+}
+
+std::optional<ExitCode> BatchRecord::Find(const std::string& fingerprint) const
+{
+    const auto found = finished.find(fingerprint);
+    return found == finished.end() ? std::nullopt : std::optional(found->second);
+}
+
+void BatchRecord::Add(const std::string& fingerprint, ExitCode code)
+{
+    finished[fingerprint] = code;
+    std::string text = std::string(kFormat) + "\n";
+    for (const auto& [print, ended] : finished) {
+        text += print + " " + std::to_string(static_cast<int>(ended)) + "\n";
+    }
+    OutputFile out(file);
+    out.Write(text);
+    out.Finish();
+}
+
+void BatchRecord::Remove()
+{
+    finished.clear();
+    std::error_code ignored;
+    fs::remove(file, ignored);
+}
+
+} // namespace host
