@@ -5,13 +5,21 @@
 #include <fstream>
 #include <string>
 
+#include "app/Helpers.h"
 #include "app/Operations.h"
 #include "app/Progress.h"
 #include "machine/LoadedMachine.h"
+#include "machine/MachineAssembly.h"
 #include "motion/Tolerances.h"
+#include "ranks/SharedWork.h"
 #include "table/JointTableReader.h"
+#include "table/TableChunk.h"
+#include "text/Bytes.h"
 #include "text/InputFile.h"
 #include "text/Numbers.h"
+#include "toolpath/PathBytes.h"
+#include "verify/ChunkVerification.h"
+#include "verify/SharedVerification.h"
 #include "verify/Verification.h"
 
 namespace host
@@ -21,6 +29,8 @@ namespace
 {
 
 constexpr std::size_t kShownOfAKind = 10;
+constexpr std::size_t kNotedOfAKind = kShownOfAKind + 1; // with the word that there are more
+constexpr std::size_t kRowsOfChunk = 256;
 
 /// Prints the first findings of each kind.
 class FindingPrinter
@@ -33,7 +43,7 @@ class FindingPrinter
     void Print(const Finding& finding)
     {
         const std::size_t count = ++counts[static_cast<std::size_t>(finding.kind)];
-        if (count > kShownOfAKind + 1) {
+        if (count > kNotedOfAKind) {
             return;
         }
         err << tableFile;
@@ -130,29 +140,95 @@ std::vector<SeatedTool> ToolsOf(const VerifyOptions& options, LoadedMachine& mac
     return tools;
 }
 
+/// @param path of which the operations are enough
+VerificationRequest RequestFrom(const VerifyOptions& options, LoadedMachine& machine,
+                                const Toolpath& path)
+{
+    return {machine, path.operations, ToolsOf(options, machine, path),
+            TolerancesOf(options, machine.length), options.samples};
+}
+
+LoadedMachine MachineFrom(const std::string& text, const MachineOptions& options)
+{
+    return AssembleMachine(DescriptionFromText(text, options.file, options.links));
+}
+
+/// What the other ranks verify with. Points come with the rows.
+std::string BytesOf(const std::string& machineText, const Toolpath& path,
+                    const std::string& tableHeader)
+{
+    ByteWriter bytes;
+    bytes.PutText(machineText);
+    PutFrame(bytes, path);
+    bytes.PutText(tableHeader);
+    return bytes.Take();
+}
+
+/// On the other ranks: verifies what the leader has read, as it asks.
+ExitCode Help(const VerifyOptions& options, Ranks& ranks)
+{
+    const std::string sources = ranks.FromLeader({});
+    ByteReader bytes(sources);
+    std::string machineText;
+    Toolpath path;
+    std::string header;
+    if (!bytes.TakeText(machineText) || !TakeFrame(bytes, path) || !bytes.TakeText(header)) {
+        return kExitOk; // the leader has found that there is nothing to do
+    }
+    LoadedMachine machine = MachineFrom(machineText, options.machine);
+    const VerificationRequest request = RequestFrom(options, machine, path);
+    const TableColumns columns(options.table.string(), request.Axes(), machine.length, {header, 1});
+    ToolKinematics kinematics(machine, request.Axes());
+    ChunkVerification chunks(request, columns, kinematics, kNotedOfAKind);
+    AnswerLeader(ranks, [&](const std::string& question) { return chunks.Answer(question); });
+    return kExitOk;
+}
+
 } // namespace
 
 ExitCode Verify(const VerifyOptions& options, std::ostream& out, std::ostream& err)
 {
+    SoleRank alone;
+    return VerifyShared(options, alone, out, err);
+}
+
+ExitCode VerifyShared(const VerifyOptions& options, Ranks& ranks, std::ostream& out,
+                      std::ostream& err)
+{
+    if (!ranks.Leads()) {
+        return Help(options, ranks);
+    }
     const auto start = std::chrono::steady_clock::now();
-    LoadedMachine machine = LoadMachine(options.machine.file, options.machine.links);
+    Helpers helpers(ranks);
+    const std::string machineText = ReadMachineText(options.machine.file);
+    LoadedMachine machine = MachineFrom(machineText, options.machine);
     const Toolpath path = ReadPath(options.toolpath, machine.length, err);
-    const VerificationRequest request{machine, path, ToolsOf(options, machine, path),
-                                      TolerancesOf(options, machine.length), options.samples};
+    const VerificationRequest request = RequestFrom(options, machine, path);
     const std::string table = options.table.string();
     std::ifstream in = OpenInput(options.table);
     JointTableReader reader(in, table, request.Axes(), machine.length);
+    helpers.Share([&] { return BytesOf(machineText, path, reader.Columns().Header()); });
 
     Progress progress(err, "checking point", path.points.size(), IsErrorATerminal());
     FindingPrinter findings(err, table, path.file);
-    Verification verification(request, [&](const Finding& finding) {
+    const PathWindow points(path);
+    ToolKinematics kinematics(machine, request.Axes());
+    Verification verification(request, points, kinematics, [&](const Finding& finding) {
         progress.Clear();
         findings.Print(finding);
     });
-    TableRow row;
-    while (reader.Next(row)) {
-        verification.Take(row);
-        progress.Show(row.motion.point + 1);
+    const auto showPoint = [&](std::size_t point) { progress.Show(point + 1); };
+    if (WorkLeader* const leader = helpers.Leader()) {
+        TableCutter cutter(reader.Lines(), kRowsOfChunk);
+        ChunkVerification chunks(request, reader.Columns(), kinematics, kNotedOfAKind);
+        SharedVerification(verification, chunks, reader.Columns(), points, showPoint)
+            .Run(cutter, *leader);
+    } else {
+        TableRow row;
+        while (reader.Next(row)) {
+            verification.Take(row);
+            showPoint(row.motion.point);
+        }
     }
     verification.Finish();
     progress.Clear();

@@ -10,6 +10,7 @@
 #include "app/ExitCode.h"
 #include "app/MachineOptions.h"
 #include "app/PathOptions.h"
+#include "ranks/Ranks.h"
 
 namespace host
 {
@@ -29,6 +30,9 @@ struct VerifyOptions
 /// Checks a joint table against its toolpath and says what does not hold. Throws InputError for
 /// input that stops it.
 ExitCode Verify(const VerifyOptions& options, std::ostream& out, std::ostream& err);
+/// The same by several processes that are started alike; the leader alone writes.
+ExitCode VerifyShared(const VerifyOptions& options, Ranks& ranks, std::ostream& out,
+                      std::ostream& err);
 
 } // namespace host
 

@@ -150,14 +150,14 @@ host::ExitCode Run(int argc, char** argv)
     if (app.got_subcommand("solve")) {
         return host::SolveShared(solve, *ranks, std::cout, std::cerr);
     }
+    if (app.got_subcommand("verify")) {
+        return host::VerifyShared(verify, *ranks, std::cout, std::cerr);
+    }
     if (!ranks->Leads()) {
         return host::kExitOk; // the other commands are a matter of moments
     }
     if (app.got_subcommand("check")) {
         return host::Check(check, std::cout, std::cerr);
-    }
-    if (app.got_subcommand("verify")) {
-        return host::Verify(verify, std::cout, std::cerr);
     }
     if (app.got_subcommand("view")) {
         return host::View(view, std::cout);

@@ -1,14 +1,8 @@
 #include "table/JointTableReader.h"
 
-#include <algorithm>
-#include <array>
-#include <cmath>
 #include <utility>
 
-#include "table/RowFlagNames.h"
 #include "text/InputError.h"
-#include "text/Numbers.h"
-#include "text/Quoted.h"
 
 namespace host
 {
@@ -18,220 +12,30 @@ namespace
 
 // What is kept is one line; the whole may be large.
 constexpr TextBounds kBounds{16UL * 1024 * 1024 * 1024, 65536};
-constexpr double kLargestNumber = 1e12; // its square is still finite
 
-// The columns around those of the axes.
-constexpr std::array<std::string_view, 2> kFirst{"n", "line"};
-constexpr std::array<std::string_view, 4> kLast{"pos_err", "dir_err_deg", "branch", "flags"};
-constexpr std::size_t kOthers = kFirst.size() + kLast.size();
-
-std::string ColumnName(const Axis& axis, const ShownUnits& units)
+TableLine HeaderOf(LineReader& lines)
 {
-    return axis.name + "_" + std::string(Symbol(axis, units));
-}
-
-std::string NamesOfFlags()
-{
-    std::string names;
-    for (const RowFlagName& flag : kRowFlagNames) {
-        names += (names.empty() ? "" : ", ") + std::string(flag.name);
+    if (!lines.Next()) {
+        throw InputError(lines.File(), "this file is empty; a joint table begins with the names of "
+                                       "its columns");
     }
-    return names;
+    return {lines.Line(), lines.Number()};
 }
 
 } // namespace
 
 JointTableReader::JointTableReader(std::istream& in, const std::string& file,
                                    std::vector<const Axis*> ofAxes, LengthUnit inLength)
-    : lines(in, file, kBounds), axes(std::move(ofAxes)), length(inLength)
-{
-    if (!lines.Next()) {
-        throw InputError(file, "this file is empty; a joint table begins with the names of its "
-                               "columns");
-    }
-    Split();
-    ReadHeader();
-}
+    : lines(in, file, kBounds), columns(file, std::move(ofAxes), inLength, HeaderOf(lines))
+{}
 
 bool JointTableReader::Next(TableRow& row)
 {
     if (!lines.Next()) {
         return false;
     }
-    Split();
-    const std::size_t wanted = columns.size() + kOthers;
-    if (cells.size() != wanted) {
-        Refuse(cells[std::min(cells.size() - 1, wanted)],
-               "this row has " + std::to_string(cells.size()) +
-                   (cells.size() == 1 ? " cell" : " cells") + " and the header has " +
-                   std::to_string(wanted) + "; correct it");
-    }
-    row.tableLine = lines.Number();
-    row.motion.point = static_cast<std::size_t>(Count(cells[0], "the number of a point")) - 1;
-    row.pathLine = Count(cells[1], "a line of the toolpath");
-    row.motion.flags = Flags(cells.back());
-    ReadValues(row.motion);
+    columns.Read({lines.Line(), lines.Number()}, row);
     return true;
-}
-
-void JointTableReader::ReadHeader()
-{
-    const auto expect = [this](std::size_t index, std::string_view name) {
-        if (index >= cells.size() || cells[index].text != name) {
-            Refuse(cells[std::min(index, cells.size() - 1)],
-                   "a joint table begins with the columns n,line and ends with pos_err,"
-                   "dir_err_deg,branch,flags; is this one?");
-        }
-    };
-    const std::size_t end = std::max(cells.size(), kOthers) - kLast.size();
-    for (std::size_t i = 0; i < kFirst.size(); ++i) {
-        expect(i, kFirst[i]);
-    }
-    for (std::size_t i = 0; i < kLast.size(); ++i) {
-        expect(end + i, kLast[i]);
-    }
-    for (std::size_t i = kFirst.size(); i < end; ++i) {
-        columns.push_back(ColumnOf(cells[i]));
-    }
-    for (const Axis* axis : axes) {
-        if (std::none_of(columns.begin(), columns.end(),
-                         [axis](const AxisColumn& column) { return column.axis == axis; })) {
-            Refuse(cells[end], "the column " + ColumnName(*axis, {length, AngleUnit::Degree}) +
-                                   " is missing; the axes are " + AxisNames());
-        }
-    }
-}
-
-JointTableReader::AxisColumn JointTableReader::ColumnOf(const Cell& cell) const
-{
-    const std::string_view name = cell.text.substr(0, cell.text.rfind('_'));
-    const auto found = std::find_if(axes.begin(), axes.end(),
-                                    [name](const Axis* axis) { return axis->name == name; });
-    if (found == axes.end()) {
-        Refuse(cell, Quoted(cell.text) + " is no axis with its unit, as in X_mm; the axes are " +
-                         AxisNames());
-    }
-    const Axis& axis = **found;
-    if (std::any_of(columns.begin(), columns.end(),
-                    [&axis](const AxisColumn& column) { return column.axis == &axis; })) {
-        Refuse(cell, "axis " + axis.name + " has a column before this one; take one of them out");
-    }
-    for (const AngleUnit angle : {AngleUnit::Degree, AngleUnit::Radian}) {
-        const ShownUnits units{length, angle};
-        if (cell.text == ColumnName(axis, units)) {
-            return {&axis, static_cast<std::size_t>(found - axes.begin()), units};
-        }
-    }
-    Refuse(cell, Quoted(cell.text) + " has the wrong unit; axis " + axis.name + " is in " +
-                     (axis.isRotary ? "deg or rad" : std::string(Symbol(length))));
-}
-
-std::string JointTableReader::AxisNames() const
-{
-    std::string names;
-    for (const Axis* axis : axes) {
-        names += (names.empty() ? "" : ", ") + axis->name;
-    }
-    return names;
-}
-
-/// Takes the current line apart.
-void JointTableReader::Split()
-{
-    const std::string_view line = lines.Line();
-    cells.clear();
-    std::size_t from = 0;
-    for (std::size_t comma = 0; comma != std::string_view::npos; from = comma + 1) {
-        comma = line.find(',', from);
-        cells.push_back({line.substr(from, comma - from), static_cast<int>(from) + 1});
-    }
-}
-
-void JointTableReader::ReadValues(MotionRow& motion) const
-{
-    const Cell* const values = &cells[kFirst.size()];
-    const std::size_t count = columns.size() + kLast.size() - 1;
-    if (motion.flags.hasFailed) {
-        const Cell* const filled = std::find_if(
-            values, values + count, [](const Cell& cell) { return !cell.text.empty(); });
-        if (filled != values + count) {
-            Refuse(*filled, "a row that has failed has no values; take this one or the flag out");
-        }
-        motion.joints.clear();
-        motion.error = {};
-        motion.branch = 0;
-        return;
-    }
-    motion.joints.resize(columns.size());
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        const AxisColumn& column = columns[i];
-        motion.joints[column.joint] = FromShown(*column.axis, Number(values[i]), column.units);
-    }
-    motion.error = {Error(values[columns.size()]), Error(values[columns.size() + 1])};
-    const Cell& branch = values[columns.size() + 2];
-    motion.branch = branch.text.empty() ? 0 : Count(branch, "a branch");
-}
-
-/// A number from 1; `what` says of what.
-int JointTableReader::Count(const Cell& cell, const std::string& what) const
-{
-    const auto number = ParseCount(cell.text);
-    if (!number || *number < 1) {
-        Refuse(cell, Quoted(cell.text) + " is not " + what + "; they are counted from 1");
-    }
-    return *number;
-}
-
-double JointTableReader::Number(const Cell& cell) const
-{
-    if (cell.text.empty()) {
-        Refuse(cell, "the value is missing; only a row that is flagged failed has none");
-    }
-    const auto number = ParseNumber(cell.text);
-    if (!number) {
-        Refuse(cell, Quoted(cell.text) + " is not a number; write it like 12.5 or -1.0E-3");
-    }
-    if (std::fabs(*number) > kLargestNumber) {
-        Refuse(cell, Quoted(cell.text) + " is beyond any machine; correct it");
-    }
-    return *number;
-}
-
-double JointTableReader::Error(const Cell& cell) const
-{
-    const double error = Number(cell);
-    if (error < 0.0) {
-        Refuse(cell, Quoted(cell.text) + " is negative, and an error is not; correct it");
-    }
-    return error;
-}
-
-RowFlags JointTableReader::Flags(const Cell& cell) const
-{
-    RowFlags flags;
-    std::size_t from = cell.text.empty() ? std::string_view::npos : 0;
-    while (from != std::string_view::npos) {
-        const std::size_t bar = cell.text.find('|', from);
-        const std::string_view name = cell.text.substr(from, bar - from);
-        const auto* const flag =
-            std::find_if(kRowFlagNames.begin(), kRowFlagNames.end(),
-                         [name](const RowFlagName& one) { return one.name == name; });
-        if (flag == kRowFlagNames.end()) {
-            Refuse(cell, Quoted(name) + " is not a flag; they are " + NamesOfFlags() +
-                             ", with | between two");
-        }
-        if (flags.*(flag->member)) {
-            Refuse(cell, "the flag " + std::string(name) + " stands here twice; take one out");
-        }
-        flags.*(flag->member) = true;
-        from = bar == std::string_view::npos ? bar : bar + 1;
-    }
-    return flags;
-}
-
-void JointTableReader::Refuse(const Cell& cell, const std::string& sentence) const
-{
-    throw InputError(lines.File(), {lines.Number(), cell.column}, sentence);
 }
 
 } // namespace host

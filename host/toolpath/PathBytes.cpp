@@ -58,4 +58,30 @@ bool TakeFrame(ByteReader& bytes, Toolpath& path)
     return bytes.TakeText(path.file) && bytes.TakeEach(path.operations, TakeOperation);
 }
 
+PathPart PartOf(const PathWindow& path, std::size_t first, std::size_t end)
+{
+    PathPart part{{}, first, path.NumPoints()};
+    if (first < end) {
+        part.points.assign(&path[first], &path[first] + (end - first));
+    }
+    return part;
+}
+
+void Put(ByteWriter& bytes, const PathPart& part)
+{
+    bytes.PutAll(part.points);
+    bytes.Put(static_cast<std::uint64_t>(part.first));
+    bytes.Put(static_cast<std::uint64_t>(part.ofWhole));
+}
+
+bool Take(ByteReader& bytes, PathPart& part)
+{
+    std::uint64_t first = 0;
+    std::uint64_t ofWhole = 0;
+    const bool isThere = bytes.TakeAll(part.points) && bytes.Take(first) && bytes.Take(ofWhole);
+    part.first = first;
+    part.ofWhole = ofWhole;
+    return isThere;
+}
+
 } // namespace host

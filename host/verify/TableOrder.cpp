@@ -15,7 +15,7 @@ std::string NumberOf(std::size_t point)
 
 } // namespace
 
-TableOrder::TableOrder(const Toolpath& ofPath, FindingTaker toFindings)
+TableOrder::TableOrder(const PathWindow& ofPath, FindingTaker toFindings)
     : path(ofPath), takeFinding(std::move(toFindings))
 {}
 
@@ -23,16 +23,16 @@ RowRole TableOrder::Take(const TableRow& row)
 {
     hasSkipped = false;
     const std::size_t point = row.motion.point;
-    if (point >= path.points.size()) {
+    if (point >= path.NumPoints()) {
         Find(FindingKind::Extra, row,
              "this row is of point " + NumberOf(point) + ", and the toolpath ends with point " +
-                 std::to_string(path.points.size()));
+                 std::to_string(path.NumPoints()));
         return RowRole::None;
     }
-    if (row.pathLine != path.points[point].line) {
+    if (row.pathLine != path[point].line) {
         Find(FindingKind::Line, row,
              "the toolpath has point " + NumberOf(point) + " on line " +
-                 std::to_string(path.points[point].line) + ", and this row says " +
+                 std::to_string(path[point].line) + ", and this row says " +
                  std::to_string(row.pathLine));
     }
     return RoleOf(row);
@@ -79,7 +79,7 @@ void TableOrder::SkipTo(const TableRow& row)
 
 void TableOrder::CheckRapid(const TableRow& row) const
 {
-    const bool isRapid = path.points[row.motion.point].isRapid;
+    const bool isRapid = path[row.motion.point].isRapid;
     if (row.motion.flags.isRapid != isRapid) {
         Find(FindingKind::Rapid, row,
              "the toolpath goes to point " + NumberOf(row.motion.point) +
@@ -90,8 +90,8 @@ void TableOrder::CheckRapid(const TableRow& row) const
 
 void TableOrder::Finish() const
 {
-    for (std::size_t point = next; point < path.points.size(); ++point) {
-        takeFinding({FindingKind::Missing, 0, path.points[point].line,
+    for (std::size_t point = next; point < path.NumPoints(); ++point) {
+        takeFinding({FindingKind::Missing, 0, path[point].line,
                      "the table ends without a row of point " + NumberOf(point)});
     }
 }

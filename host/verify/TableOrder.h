@@ -5,8 +5,8 @@
 #include <functional>
 #include <string>
 
-#include "table/JointTableReader.h"
-#include "toolpath/Toolpath.h"
+#include "table/TableRow.h"
+#include "toolpath/PathWindow.h"
 #include "verify/VerificationReport.h"
 
 namespace host
@@ -27,8 +27,10 @@ enum class RowRole {
 class TableOrder
 {
   public:
-    TableOrder(const Toolpath& ofPath, FindingTaker toFindings);
+    TableOrder(const PathWindow& ofPath, FindingTaker toFindings);
 
+    /// As though the rows up to that of this point had been taken.
+    void GoOnBehind(std::size_t point) { next = point + 1; }
     RowRole Take(const TableRow& row);
     /// Behind the last row.
     void Finish() const;
@@ -41,7 +43,7 @@ class TableOrder
     void CheckRapid(const TableRow& row) const;
     void Find(FindingKind kind, const TableRow& row, const std::string& sentence) const;
 
-    const Toolpath& path;
+    PathWindow path;
     FindingTaker takeFinding;
     std::size_t next{0}; // the first point that has not had its row
     bool hasSkipped{false};

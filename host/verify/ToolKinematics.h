@@ -26,12 +26,13 @@ struct SeatedTool
 };
 
 /// Where a tool stands for given joint values, by forward kinematics alone. Axes that are not among
-/// these values stand where they start.
+/// these values stand where they start. A machine has one of these at a time: it holds one tool.
 class ToolKinematics
 {
   public:
     ToolKinematics(const LoadedMachine& ofMachine, std::vector<const Axis*> ofJoints);
 
+    const std::vector<const Axis*>& Axes() const { return axes; }
     /// Tells which tool the following poses are of.
     void Seat(const SeatedTool& tool);
     /// In part coordinates. @param joints in the order of the constructor's axes

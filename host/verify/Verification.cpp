@@ -32,11 +32,9 @@ Deviation DeviationFromPlace(const CutterLocation& place, const CutterLocation& 
     return {Length(tool.position - place.position), AngleBetween(tool.direction, place.direction)};
 }
 
-void Raise(Largest& largest, double value, const TableRow& row)
+Largest ValueAt(const TableRow& row, double value)
 {
-    if (largest.tableLine == 0 || value > largest.value) {
-        largest = {value, row.tableLine, row.pathLine};
-    }
+    return {value, row.tableLine, row.pathLine};
 }
 
 std::string NumberOf(const TableRow& row)
@@ -58,16 +56,37 @@ std::vector<const Axis*> VerificationRequest::Axes() const
     return axes;
 }
 
-Verification::Verification(const VerificationRequest& request, FindingTaker toFindings)
-    : path(request.path), tools(request.tools),
-      samples(request.samples), tolerance{request.tolerances.linear,
-                                          ToRadians(request.tolerances.angle_deg)},
-      takeFinding(std::move(toFindings)),
-      axes(request.Axes()), units{request.machine.length, AngleUnit::Degree},
-      kinematics(request.machine, axes),
+Verification::Verification(const VerificationRequest& ofUser, const PathWindow& ofPath,
+                           ToolKinematics& ofAxes, FindingTaker toFindings)
+    : request(ofUser),
+      path(ofPath), tolerance{request.tolerances.linear, ToRadians(request.tolerances.angle_deg)},
+      takeFinding(std::move(toFindings)), units{request.machine.length, AngleUnit::Degree},
+      kinematics(ofAxes), axes(kinematics.Axes()),
       order(path, [this](const Finding& finding) { Add(finding); })
 {
-    report.points = path.points.size();
+    report.points = path.NumPoints();
+}
+
+void Verification::GoOnBehind(const TableRow& row)
+{
+    order.GoOnBehind(row.motion.point);
+    pull.reset();
+    way.reset(); // was the way to that point
+    if (row.motion.flags.hasFailed) {
+        stand.reset();
+    } else {
+        StandAt(row);
+    }
+    hasNothingOpen = true;
+}
+
+void Verification::TakeVerified(const VerifiedRows& rows, const TableRow& last)
+{
+    report.Add(rows.report);
+    for (const Finding& finding : rows.findings) {
+        takeFinding(finding);
+    }
+    GoOnBehind(last);
 }
 
 void Verification::Take(const TableRow& row)
@@ -93,6 +112,7 @@ void Verification::Take(const TableRow& row)
         Interrupt();
         break;
     }
+    hasNothingOpen = role == RowRole::Point || role == RowRole::Failed;
 }
 
 void Verification::Finish()
@@ -137,14 +157,14 @@ Verification::WayKind Verification::KindOfWay(std::size_t point) const
     if (point == 0) {
         return WayKind::First;
     }
-    if (path.points[point].isRapid) {
+    if (path[point].isRapid) {
         return WayKind::Rapid;
     }
     if (!stand) {
         return WayKind::Interrupted;
     }
     const auto numberAt = [this](std::size_t at) {
-        return path.operations[static_cast<std::size_t>(path.points[at].operation)].toolNumber;
+        return request.operations[static_cast<std::size_t>(path[at].operation)].toolNumber;
     };
     // Another tool may be as long as the one before.
     const bool isSame = stand->tool == ToolOf(point) && numberAt(point - 1) == numberAt(point);
@@ -171,8 +191,8 @@ void Verification::FollowWay(const TableRow& row, RowRole role)
         if (isRow && role == RowRole::Point) {
             return Deviation{};
         }
-        Raise(report.wayPosition, deviation.position, row);
-        Raise(report.wayDirection_deg, ToDegrees(deviation.direction), row);
+        report.wayPosition.Raise(ValueAt(row, deviation.position));
+        report.wayDirection_deg.Raise(ValueAt(row, ToDegrees(deviation.direction)));
         return deviation;
     });
     if (Worst(worst) > 1.0) {
@@ -202,8 +222,8 @@ void Verification::CheckProgress(const TableRow& row, const CutterLocation& tool
 void Verification::CheckPoint(const TableRow& row, const CutterLocation& tool)
 {
     const Deviation deviation = DeviationFromPlace(way->to, tool);
-    Raise(report.pointPosition, deviation.position, row);
-    Raise(report.pointDirection_deg, ToDegrees(deviation.direction), row);
+    report.pointPosition.Raise(ValueAt(row, deviation.position));
+    report.pointDirection_deg.Raise(ValueAt(row, ToDegrees(deviation.direction)));
     if (Worst(deviation) > 1.0) {
         Find(FindingKind::Point, row,
              "the tool is off point " + NumberOf(row) + " by " + Text(deviation));
@@ -344,7 +364,7 @@ void Verification::CheckTurns(const TableRow& row)
 
 Deviation Verification::WorstOnTheWay(const TableRow& row, const DeviationAt& deviationAt)
 {
-    const int parts = samples + 1;
+    const int parts = request.samples + 1;
     std::vector<double> joints(axes.size());
     Deviation worst;
     for (int part = 1; part <= parts; ++part) {
@@ -377,12 +397,12 @@ void Verification::Interrupt()
 
 const SeatedTool& Verification::ToolOf(std::size_t point) const
 {
-    return tools[static_cast<std::size_t>(path.points[point].operation)];
+    return request.tools[static_cast<std::size_t>(path[point].operation)];
 }
 
 CutterLocation Verification::LocationAt(std::size_t point) const
 {
-    return {path.points[point].position, path.points[point].direction};
+    return {path[point].position, path[point].direction};
 }
 
 /// The larger of both, in tolerances.

@@ -11,7 +11,8 @@
 #include "machine/AxisText.h"
 #include "machine/LoadedMachine.h"
 #include "motion/Tolerances.h"
-#include "table/JointTableReader.h"
+#include "table/TableRow.h"
+#include "toolpath/PathWindow.h"
 #include "toolpath/Toolpath.h"
 #include "verify/TableOrder.h"
 #include "verify/ToolKinematics.h"
@@ -20,16 +21,16 @@
 namespace host
 {
 
-/// What is to be verified. Machine and path outlive the verification.
+/// How rows are verified. Machine and operations outlive the verification.
 struct VerificationRequest
 {
     const LoadedMachine& machine;
-    const Toolpath& path;
+    const std::vector<Operation>& operations;
     std::vector<SeatedTool> tools; //!< of each operation
     Tolerances tolerances;
     int samples; //!< places looked at between two rows
 
-    /// The axes of all streams that work on the path, in the machine's order: those of the rows.
+    /// The axes of all streams that have an operation, in the machine's order: those of the rows.
     std::vector<const Axis*> Axes() const;
 };
 
@@ -44,9 +45,20 @@ struct VerificationRequest
 class Verification
 {
   public:
-    Verification(const VerificationRequest& request, FindingTaker toFindings);
+    /// @param ofPath the points of the rows, and for each of them the one before
+    /// @param ofAxes where the tools of the request's axes stand
+    Verification(const VerificationRequest& ofUser, const PathWindow& ofPath,
+                 ToolKinematics& ofAxes, FindingTaker toFindings);
     Verification(const Verification&) = delete;
     Verification& operator=(const Verification&) = delete;
+
+    /// As though the rows up to this one had been taken, of which nothing is left open.
+    void GoOnBehind(const TableRow& row);
+    /// As though these rows had been taken, the last of which has left nothing open.
+    void TakeVerified(const VerifiedRows& rows, const TableRow& last);
+    /// Whether what follows depends on the rows up to here by nothing but the last of them: it was
+    /// that of its point, reached or failed.
+    bool HasNothingOpen() const { return hasNothingOpen; }
 
     /// Rows come in the order of the table.
     void Take(const TableRow& row);
@@ -117,16 +129,16 @@ class Verification
     void Find(FindingKind kind, const TableRow& row, const std::string& sentence);
     void Add(const Finding& finding);
 
-    const Toolpath& path;
-    std::vector<SeatedTool> tools;
-    int samples;
+    const VerificationRequest& request;
+    PathWindow path;
     Deviation tolerance;
     FindingTaker takeFinding;
-    std::vector<const Axis*> axes;
     ShownUnits units;
-    ToolKinematics kinematics;
+    ToolKinematics& kinematics;
+    const std::vector<const Axis*>& axes;
     VerificationReport report;
     TableOrder order;
+    bool hasNothingOpen{true};
 
     std::optional<Stand> stand; // nothing where it is not known
     std::optional<Way> way;     // to the point that is under way, or was taken last

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace host
 {
@@ -48,12 +49,19 @@ struct Finding
     std::string sentence; //!< without the place, capital or full stop
 };
 
-/// The largest of some values, and where it was met.
+/// The largest of some values, and where it was met first.
 struct Largest
 {
     double value{0.0};
     int tableLine{0}; //!< 0 as long as there is no value
     int pathLine{0};
+
+    void Raise(const Largest& other)
+    {
+        if (other.tableLine > 0 && (tableLine == 0 || other.value > value)) {
+            *this = other;
+        }
+    }
 };
 
 /// What a joint table comes to.
@@ -78,6 +86,16 @@ struct VerificationReport
 
     std::size_t CountOf(FindingKind kind) const { return findings[static_cast<std::size_t>(kind)]; }
     bool Holds() const { return findings == decltype(findings){}; }
+
+    /// @param behind what the rows behind come to, on the same toolpath
+    void Add(const VerificationReport& behind);
+};
+
+/// What rows come to that stand together.
+struct VerifiedRows
+{
+    VerificationReport report;
+    std::vector<Finding> findings; //!< in their order; of each kind the first ones may be enough
 };
 
 } // namespace host

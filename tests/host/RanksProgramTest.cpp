@@ -40,6 +40,7 @@ std::vector<std::string> Started(int ranks, const std::vector<std::string>& argu
                    "OMPI_ALLOW_RUN_AS_ROOT=1",
                    "OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1",
                    test::kMpirun,
+                   "--quiet", // says nothing of its own about exit codes
                    "--oversubscribe",
                    "--mca",
                    "odls_base_sigkill_timeout",
@@ -62,9 +63,21 @@ class Ranks : public testing::Test
         }
     }
 
-    Outcome Run(int ranks, const std::vector<std::string>& arguments)
+    Outcome Run(int ranks, const std::vector<std::string>& arguments, int patience_s = 1)
     {
-        return Process(Started(ranks, arguments), folder.Path()).Wait();
+        return Process(Started(ranks, arguments, patience_s), folder.Path()).Wait();
+    }
+    /// Expects what one process by itself says, but for the time that it takes.
+    void ExpectTheSameOf(int ranks, const std::vector<std::string>& arguments, const Outcome& alone)
+    {
+        const Outcome shared = Run(ranks, arguments, 0);
+        EXPECT_EQ(shared.code, alone.code) << ranks;
+        EXPECT_EQ(Untimed(shared.out), Untimed(alone.out)) << ranks;
+        EXPECT_EQ(shared.err, alone.err) << ranks;
+    }
+    static std::string Untimed(const std::string& report)
+    {
+        return report.substr(0, report.find("\ntime"));
     }
     std::string Content(const std::string& name) const
     {
@@ -100,16 +113,84 @@ TEST_F(Ranks, WriteTheSameBytesHoweverManyTheyAre)
     ASSERT_EQ(alone.code, 0) << alone.err;
     const std::string table = Content("table.csv");
     const std::string program = Content("program.ngc");
-    const auto untimed = [](const std::string& report) {
-        return report.substr(0, report.find("\ntime"));
-    };
     for (const int ranks : {1, 2, 3, 7}) {
         fs::remove(folder.Path() / "table.csv");
         const Outcome shared = Run(ranks, solve);
         EXPECT_EQ(shared.code, 0) << shared.err;
         EXPECT_EQ(Content("table.csv"), table) << ranks;
         EXPECT_EQ(Content("program.ngc"), program) << ranks;
-        EXPECT_EQ(untimed(shared.out), untimed(alone.out)) << ranks;
+        EXPECT_EQ(Untimed(shared.out), Untimed(alone.out)) << ranks;
+    }
+}
+
+/// The table of a sample, line by line.
+class RanksVerify : public Ranks
+{
+  protected:
+    void SetUp() override
+    {
+        Ranks::SetUp();
+        if (!IsSkipped()) {
+            ASSERT_EQ(Run(0, {"solve", kMachine, kPath, "-o", "table.csv"}).code, 0);
+            std::istringstream in(Content("table.csv"));
+            for (std::string line; std::getline(in, line);) {
+                lines.push_back(line);
+            }
+            ASSERT_GT(lines.size(), 1500U);
+        }
+    }
+
+    void WriteTable() const
+    {
+        std::string text;
+        for (const std::string& line : lines) {
+            text += line + "\n";
+        }
+        folder.Write("table.csv", text);
+    }
+
+    const std::string kMachine = Sample("machines/trunnion-ac.toml");
+    const std::string kPath = Sample("toolpaths/dome-over-the-top.cl");
+    const std::vector<std::string> kVerify{"verify", kMachine, kPath, "table.csv"};
+    std::vector<std::string> lines;
+};
+
+TEST_F(RanksVerify, FindWhatOneOfThemFinds)
+{
+    ExpectTheSameOf(3, kVerify, Run(0, kVerify));
+
+    const std::string otherEnd = lines.back();
+    lines.insert(lines.begin() + 700, lines[700]);
+    lines.erase(lines.begin() + 900, lines.begin() + 930);
+    lines[300] = otherEnd;
+    for (std::size_t i = 1000; i < 1100; ++i) {
+        lines[i].replace(lines[i].rfind(',') + 1, std::string::npos, "rapid");
+    }
+    WriteTable();
+    const Outcome damaged = Run(0, kVerify);
+    EXPECT_EQ(damaged.code, 1);
+    EXPECT_GT(std::count(damaged.err.begin(), damaged.err.end(), '\n'), 20) << damaged.err;
+    for (const int ranks : {1, 2, 3, 7}) {
+        ExpectTheSameOf(ranks, kVerify, damaged);
+    }
+}
+
+TEST_F(RanksVerify, EndTogetherWhereARowIsNone)
+{
+    for (std::size_t i = 1; i < lines.size(); ++i) {
+        // So much is found in each row that answers are long.
+        lines[i].replace(lines[i].find(','), std::string(",").size(), ",1");
+        const std::size_t x = lines[i].find(',', lines[i].find(',') + 1) + 1;
+        lines[i].replace(x, lines[i].find(',', x) - x, i % 2 == 0 ? "9000" : "0");
+        lines[i].replace(lines[i].rfind(',') + 1, std::string::npos, i % 2 == 0 ? "" : "rapid");
+    }
+    lines[1000] += ",";
+    WriteTable();
+    const Outcome alone = Run(0, kVerify);
+    EXPECT_EQ(alone.code, 2);
+    EXPECT_NE(alone.err.find("\ntable.csv:1001:"), std::string::npos) << alone.err;
+    for (const int ranks : {2, 7}) {
+        ExpectTheSameOf(ranks, kVerify, alone);
     }
 }
 

@@ -25,7 +25,6 @@ namespace
 
 using host::PathPlan;
 using test::Leaning;
-using test::Motion;
 using test::PathText;
 using test::PlanRig;
 using test::RanksInDisorder;

@@ -64,12 +64,14 @@ class Verification : public testing::Test
         std::istringstream pathText(path);
         const host::Toolpath toolpath = host::ReadApt(pathText, "part.cl", machine.length);
         std::istringstream tableText(rows.rfind("n,", 0) == 0 ? rows : kHeader + rows);
-        const host::VerificationRequest request{machine, toolpath, Tools(toolpath), tolerances,
-                                                samples};
+        const host::VerificationRequest request{machine, toolpath.operations, Tools(toolpath),
+                                                tolerances, samples};
         host::JointTableReader reader(tableText, "joints.csv", request.Axes(), machine.length);
         Result result;
+        host::ToolKinematics kinematics(machine, request.Axes());
         host::Verification verification(
-            request, [&](const Finding& finding) { result.findings.push_back(finding); });
+            request, host::PathWindow(toolpath), kinematics,
+            [&](const Finding& finding) { result.findings.push_back(finding); });
         host::TableRow row;
         while (reader.Next(row)) {
             verification.Take(row);

@@ -129,11 +129,13 @@ host::VerificationReport Verify(const host::LoadedMachine& machine,
     std::istringstream in(kPath);
     const host::Toolpath path = host::ReadApt(in, "part.cl", machine.length);
     std::size_t found = 0;
-    host::Verification verification({machine,
-                                     path,
-                                     {{&machine.streams.front(), 0.0}},
-                                     host::DefaultTolerances(machine.length),
-                                     4},
+    const host::VerificationRequest request{machine,
+                                            path.operations,
+                                            {{&machine.streams.front(), 0.0}},
+                                            host::DefaultTolerances(machine.length),
+                                            4};
+    host::ToolKinematics kinematics(machine, request.Axes());
+    host::Verification verification(request, host::PathWindow(path), kinematics,
                                     [&found](const host::Finding& finding) {
                                         ++found;
                                         EXPECT_FALSE(finding.sentence.empty());
