@@ -1,11 +1,13 @@
 #include "app/FileDigest.h"
 
 #include <array>
-#include <cstdint>
+#include <memory>
+#include <new>
+#include <string_view>
 #include <tuple>
 #include <utility>
 
-#include <sha2.h>
+#include <openssl/evp.h>
 
 #include "text/InputError.h"
 #include "text/InputFile.h"
@@ -13,21 +15,41 @@
 namespace host
 {
 
+namespace
+{
+
+std::string HexText(const unsigned char* bytes, std::size_t size)
+{
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string text;
+    for (std::size_t i = 0; i < size; ++i) {
+        text += kDigits[bytes[i] >> 4U];
+        text += kDigits[bytes[i] & 0xFU];
+    }
+    return text;
+}
+
+} // namespace
+
 std::string FileDigest(const std::filesystem::path& path)
 {
     std::ifstream in = OpenInput(path);
-    SHA2_CTX context{};
-    SHA256Init(&context);
+    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(),
+                                                                          &EVP_MD_CTX_free);
+    if (!context || EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) != 1) {
+        throw std::bad_alloc();
+    }
     std::array<char, 65536> block{};
     while (in.read(block.data(), block.size()) || in.gcount() > 0) {
-        const auto size = static_cast<std::size_t>(in.gcount());
-        SHA256Update(&context, reinterpret_cast<const std::uint8_t*>(block.data()), size);
+        EVP_DigestUpdate(context.get(), block.data(), static_cast<std::size_t>(in.gcount()));
     }
     if (in.bad()) {
         throw InputError(path.string(), "this file cannot be read to its end; try again");
     }
-    std::array<char, SHA256_DIGEST_STRING_LENGTH> digits{};
-    return SHA256End(&context, digits.data());
+    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+    unsigned int size = 0;
+    EVP_DigestFinal_ex(context.get(), digest.data(), &size);
+    return HexText(digest.data(), size);
 }
 
 WatchedFile::WatchedFile(std::filesystem::path place)
@@ -37,6 +59,12 @@ WatchedFile::WatchedFile(std::filesystem::path place)
 std::string WatchedFile::Digest() const
 {
     std::string digest = FileDigest(path);
+    CheckUnchanged();
+    return digest;
+}
+
+void WatchedFile::CheckUnchanged() const
+{
     const Stamp after = StampOf(path);
     const auto values = [](const Stamp& stamp) {
         return std::tuple(stamp.device, stamp.number, stamp.size, stamp.changed.tv_sec,
@@ -47,7 +75,6 @@ std::string WatchedFile::Digest() const
                          "this file was changed while it was read; run again when it "
                          "is finished");
     }
-    return digest;
 }
 
 WatchedFile::Stamp WatchedFile::StampOf(const std::filesystem::path& path)

@@ -29,6 +29,7 @@ class WatchedFile
 
     /// Throws InputError for a file that is no longer the one that was read.
     std::string Digest() const;
+    void CheckUnchanged() const;
 
   private:
     /// What is another when a file was written to or replaced.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <functional>
+#include <future>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -55,9 +56,43 @@ std::string BytesOf(const std::string& machineText, const Toolpath& path)
     return bytes.Take();
 }
 
+/// What a run reads.
+struct Sources
+{
+    std::string machineText;
+    LoadedMachine machine;
+    Toolpath path;
+    SourceDigests digests;
+};
+
+/// Where there are other ranks they are joined in the meantime.
+Sources ReadSources(const SolveOptions& options, Ranks& ranks, std::ostream& warnings)
+{
+    const WatchedFile machineFile(options.machine.file);
+    const WatchedFile pathFile(options.toolpath.file);
+    const std::launch how = ranks.Size() > 1 ? std::launch::async : std::launch::deferred;
+    auto digesting = std::async(how, [&] {
+        return SourceDigests{machineFile.Digest(), pathFile.Digest()};
+    });
+    auto reading = std::async(how, [&] {
+        std::string machineText = ReadMachineText(options.machine.file);
+        LoadedMachine machine = AssembleMachine(
+            DescriptionFromText(machineText, options.machine.file, options.machine.links));
+        Toolpath path = ReadPath(options.toolpath, machine.length, warnings);
+        return Sources{std::move(machineText), std::move(machine), std::move(path), {}};
+    });
+    ranks.Join();
+    Sources sources = reading.get();
+    sources.digests = digesting.get();
+    machineFile.CheckUnchanged();
+    pathFile.CheckUnchanged();
+    return sources;
+}
+
 /// On the other ranks: what the leader has read is planned with, as it asks.
 ExitCode Help(const SolveOptions& options, Ranks& ranks)
 {
+    ranks.Join();
     const std::string sources = ranks.FromLeader({});
     ByteReader bytes(sources);
     std::string machineText;
@@ -242,24 +277,18 @@ ExitCode SolveShared(const SolveOptions& options, Ranks& ranks, std::ostream& ou
     if (options.report) {
         PageFor("--report", options.page);
     }
-    const WatchedFile machineFile(options.machine.file);
-    const std::string machineText = ReadMachineText(options.machine.file);
-    LoadedMachine machine = AssembleMachine(
-        DescriptionFromText(machineText, options.machine.file, options.machine.links));
-    const WatchedFile pathFile(options.toolpath.file);
-    const Toolpath path = ReadPath(options.toolpath, machine.length, err);
+    Sources sources = ReadSources(options, ranks, err);
     RefuseOverwriting(FilesOf(options));
-    const PlanRequest request = RequestFrom(options, machine, path, err);
-    helpers.Share([&] { return BytesOf(machineText, path); });
-    const SourceDigests sources{machineFile.Digest(), pathFile.Digest()};
+    const PlanRequest request = RequestFrom(options, sources.machine, sources.path, err);
+    helpers.Share([&] { return BytesOf(sources.machineText, sources.path); });
 
     const Interrupt interrupt; // from here on a signal does not end it in the middle of a row
-    PathRun run(options, sources, request, helpers, err);
+    PathRun run(options, sources.digests, request, helpers, err);
     if (!run.Execute(interrupt)) {
         return kExitInterrupted;
     }
-    const RunReport report =
-        ReportOf(options, sources, request, run.Result(), std::chrono::steady_clock::now() - start);
+    const RunReport report = ReportOf(options, sources.digests, request, run.Result(),
+                                      std::chrono::steady_clock::now() - start);
     run.Finish(report);
     if (!options.isQuiet) {
         PrintReport(report, out);

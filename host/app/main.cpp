@@ -108,7 +108,7 @@ host::JobReader ReaderForBatch(host::SolveOptions usual, const char* program)
 
 host::ExitCode Run(int argc, char** argv)
 {
-    const std::unique_ptr<host::Ranks> ranks = host::JoinRanks();
+    const std::unique_ptr<host::Ranks> ranks = host::RanksOfLauncher();
     if (!ranks->Leads()) {
         FallSilent();
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <iostream>
 #include <thread>
 #include <utility>
 
@@ -22,15 +23,31 @@ void Pause()
 
 } // namespace
 
-MpiRanks::MpiRanks()
+void MpiRanks::Join()
 {
-    MPI_Init(nullptr, nullptr);
-    MPI_Comm_rank(MPI_COMM_WORLD, &rank);
-    MPI_Comm_size(MPI_COMM_WORLD, &size);
+    if (hasJoined) {
+        return;
+    }
+    int provided = 0;
+    MPI_Init_thread(nullptr, nullptr, MPI_THREAD_FUNNELED, &provided);
+    hasJoined = true;
+    int ownRank = 0;
+    int ownSize = 0;
+    MPI_Comm_rank(MPI_COMM_WORLD, &ownRank);
+    MPI_Comm_size(MPI_COMM_WORLD, &ownSize);
+    if (ownRank != rank || ownSize != size) {
+        std::cerr << "trunnion: this is rank " << ownRank << " of " << ownSize
+                  << ", and the launcher called it " << rank << " of " << size
+                  << "; build with the MPI that the launcher belongs to\n";
+        MPI_Abort(MPI_COMM_WORLD, 2);
+    }
 }
 
 MpiRanks::~MpiRanks()
 {
+    if (!hasJoined) {
+        return;
+    }
     while (!sent.empty()) {
         Pause();
         ForgetWhatHasLeft();
@@ -41,6 +58,7 @@ MpiRanks::~MpiRanks()
 std::string MpiRanks::FromLeader(std::string bytes)
 {
     constexpr std::size_t kMost = 1U << 30U; // counts are of type int
+    Join();
     std::uint64_t length = bytes.size();
     Share(&length, sizeof(length));
     bytes.resize(length);
@@ -63,6 +81,7 @@ void MpiRanks::Share(void* data, int count)
 
 void MpiRanks::Send(int to, std::string bytes)
 {
+    Join();
     ForgetWhatHasLeft();
     Sent& message = sent.emplace_back();
     message.bytes = std::move(bytes);
@@ -74,6 +93,7 @@ void MpiRanks::Send(int to, std::string bytes)
 /// Never waits: the rank that a message comes from may die before it is all here.
 std::optional<RankMessage> MpiRanks::Receive()
 {
+    Join();
     ForgetWhatHasLeft();
     int isThere = 0;
     if (arriving == MPI_REQUEST_NULL) {

@@ -15,13 +15,15 @@ namespace host
 class MpiRanks final : public Ranks
 {
   public:
-    MpiRanks();
+    /// As the launcher says, who numbers them as MPI does.
+    MpiRanks(int asRank, int ofSize) : rank(asRank), size(ofSize) {}
     ~MpiRanks() override;
     MpiRanks(const MpiRanks&) = delete;
     MpiRanks& operator=(const MpiRanks&) = delete;
 
     int Rank() const override { return rank; }
     int Size() const override { return size; }
+    void Join() override;
     std::string FromLeader(std::string bytes) override;
     void Send(int to, std::string bytes) override;
     std::optional<RankMessage> Receive() override;
@@ -37,8 +39,9 @@ class MpiRanks final : public Ranks
     void Share(void* data, int count);
     void ForgetWhatHasLeft();
 
-    int rank{0};
-    int size{1};
+    int rank;
+    int size;
+    bool hasJoined{false};
     std::list<Sent> sent;
     RankMessage incoming; // that is on its way
     MPI_Request arriving{MPI_REQUEST_NULL};

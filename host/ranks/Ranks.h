@@ -28,6 +28,10 @@ class Ranks
     virtual int Size() const = 0;
     bool Leads() const { return Rank() == 0; }
 
+    /// Finds the other ranks, as everything below does first. That takes a fraction of a second,
+    /// most of it waiting for the launcher: another thread may get something done meanwhile.
+    virtual void Join() {}
+
     /// What the leader gives, on every rank.
     virtual std::string FromLeader(std::string bytes) = 0;
     /// Returns at once; messages from one rank to another arrive in their order.
@@ -50,9 +54,9 @@ class SoleRank final : public Ranks
     void Wait() override {}
 };
 
-/// The ranks that this process was started among. Throws InputError where there are several and
-/// this program was built without them.
-std::unique_ptr<Ranks> JoinRanks();
+/// The ranks that this process was started among; they are still to be joined. Throws InputError
+/// where there are several and this program was built without them.
+std::unique_ptr<Ranks> RanksOfLauncher();
 
 } // namespace host
 
