@@ -86,7 +86,7 @@ void JobLeader::Finish(const SharedJobs& jobs)
 
 void JobLeader::LookAround(const SharedJobs& jobs)
 {
-    Collect(jobs);
+    std::vector<std::pair<std::size_t, std::string>> answers = Collect();
     if (!isEnding && !jobs.mayGoOn()) {
         isEnding = true;
         AskForTheEnd();
@@ -98,15 +98,20 @@ void JobLeader::LookAround(const SharedJobs& jobs)
             ++begun;
         }
     }
+    for (auto& [job, answer] : answers) { // which may take a while
+        jobs.take(job, std::move(answer));
+    }
 }
 
-void JobLeader::Collect(const SharedJobs& jobs)
+std::vector<std::pair<std::size_t, std::string>> JobLeader::Collect()
 {
+    std::vector<std::pair<std::size_t, std::string>> answers;
     while (std::optional<RankMessage> message = ranks.Receive()) {
         Other& other = others.at(static_cast<std::size_t>(message->from));
         other.isBusy = false;
-        jobs.take(other.job, std::move(message->bytes));
+        answers.emplace_back(other.job, std::move(message->bytes));
     }
+    return answers;
 }
 
 void JobLeader::AskForTheEnd()

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ranks/Ranks.h"
@@ -52,7 +53,7 @@ class JobLeader
         bool isBusy{false};
     };
 
-    void Collect(const SharedJobs& jobs);
+    std::vector<std::pair<std::size_t, std::string>> Collect();
     void AskForTheEnd();
     bool IsAnyBusy() const;
 
