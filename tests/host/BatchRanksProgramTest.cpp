@@ -190,7 +190,7 @@ TEST_F(BatchRanks, KeepWhatIsDoneWhenOneOfThemDies)
     folder.Write("jobs.txt", "solve mill.toml far.cl -o a.csv --quiet\n"
                              "solve mill.toml long.cl -o b.csv --quiet\n"
                              "solve mill.toml long.cl -o c.csv --quiet --radians\n");
-    constexpr int kPatience_s = 2;
+    constexpr int kPatience_s = 1;
     Process process(test::Started(2, {"batch", "jobs.txt"}, kPatience_s), folder.Path());
     ASSERT_TRUE(process.WaitForError("point 2 failed"));
     const std::vector<pid_t> ranks = test::RanksIn(folder.Path());
