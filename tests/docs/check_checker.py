@@ -18,6 +18,7 @@ def block(language, content):
 RIGHT = {
     "shown lines": block("sh", "printf 'a\\nb 1.0001\\nc\\n'") + block("text", "b 1.0002\nc"),
     "times": block("sh", "echo time 7 s") + block("text", "time 3 s"),
+    "seconds": block("sh", "echo done, 7 s: all, 8 s") + block("text", "done, 0.5 s: all, 3 s"),
     "a saved file": block("toml", "# build/saved.toml\nx = 1") + block("toml", "y = 2")
                     + block("sh", "grep -c = build/saved.toml") + block("text", "2"),
     "a table": block("sh", "echo '| a | 10 |'") + "| a | 12 |\n",
