@@ -51,7 +51,15 @@ Interrupt::~Interrupt()
 
 bool Interrupt::IsRequested() const
 {
-    if (outermost != this && outermost->meanwhile) {
+    return outermost == this ? isRequested != 0 : IsOneRequested();
+}
+
+bool Interrupt::IsOneRequested()
+{
+    if (outermost == nullptr) {
+        return false;
+    }
+    if (outermost->meanwhile) {
         outermost->meanwhile();
     }
     return isRequested != 0;

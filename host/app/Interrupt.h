@@ -21,6 +21,9 @@ class Interrupt
     Interrupt& operator=(const Interrupt&) = delete;
 
     bool IsRequested() const;
+    /// Whether the one that lives is requested, for what a signal ends by itself otherwise; asks as
+    /// one that is made while it lives.
+    static bool IsOneRequested();
     /// Does as a signal does.
     static void Request();
 

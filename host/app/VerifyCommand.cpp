@@ -6,6 +6,7 @@
 #include <string>
 
 #include "app/Helpers.h"
+#include "app/Interrupt.h"
 #include "app/Operations.h"
 #include "app/Progress.h"
 #include "machine/LoadedMachine.h"
@@ -226,6 +227,10 @@ ExitCode VerifyShared(const VerifyOptions& options, Ranks& ranks, std::ostream& 
     } else {
         TableRow row;
         while (reader.Next(row)) {
+            if (Interrupt::IsOneRequested()) { // of a batch
+                err << table << ": interrupted at line " << row.tableLine << "\n";
+                return kExitInterrupted;
+            }
             verification.Take(row);
             showPoint(row.motion.point);
         }

@@ -376,6 +376,23 @@ TEST_F(BatchProgram, GoesOnWhereItWasInterrupted)
     EXPECT_EQ(Content("b.csv"), Content("alone.csv"));
 }
 
+TEST_F(BatchProgram, InterruptsAVerificationToo)
+{
+    WriteLongPath();
+    ASSERT_EQ(Run({"solve", "mill.toml", "long.cl", "-o", "given.csv"}).code, 0);
+    folder.Write("jobs.txt", "solve mill.toml far.cl -o a.csv\n"
+                             "verify mill.toml long.cl given.csv --samples 200\n");
+    Process process(Command({"batch", "jobs.txt"}), folder.Path());
+    ASSERT_TRUE(process.WaitForError("point 2 failed"));
+    process.Send(SIGINT);
+    const Outcome interrupted = process.Wait();
+    EXPECT_EQ(interrupted.code, 130);
+    EXPECT_TRUE(Contains(interrupted.err, "\ngiven.csv: interrupted at line ")) << interrupted.err;
+    EXPECT_TRUE(Contains(Untimed(interrupted.out), "           jobs.txt:2: interrupted, T s\n"))
+        << interrupted.out;
+    EXPECT_FALSE(Contains(interrupted.out, "verdict"));
+}
+
 /// A job that cannot be done leaves the record behind.
 class ResumedBatch : public BatchProgram
 {

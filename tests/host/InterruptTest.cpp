@@ -48,8 +48,10 @@ TEST(Interrupt, IsOneWithThoseThatAreMadeWhileItLives)
         EXPECT_TRUE(inner.IsRequested());
         EXPECT_EQ(numAsked, 1);
     }
+    EXPECT_TRUE(host::Interrupt::IsOneRequested());
+    EXPECT_EQ(numAsked, 2);
     EXPECT_TRUE(outer.IsRequested());
-    EXPECT_EQ(numAsked, 1); // by itself it calls nobody
+    EXPECT_EQ(numAsked, 2); // by itself it calls nobody
     std::raise(SIGTERM);    // ends the program unless the signals are still taken
     const host::Interrupt later;
     EXPECT_TRUE(later.IsRequested());
@@ -59,9 +61,12 @@ TEST(Interrupt, CanBeRequestedWithoutASignal)
 {
     {
         const host::Interrupt interrupt;
+        EXPECT_FALSE(host::Interrupt::IsOneRequested());
         host::Interrupt::Request();
         EXPECT_TRUE(interrupt.IsRequested());
+        EXPECT_TRUE(host::Interrupt::IsOneRequested());
     }
+    EXPECT_FALSE(host::Interrupt::IsOneRequested()); // there is none
     EXPECT_FALSE(host::Interrupt().IsRequested());
 }
 

@@ -25,6 +25,7 @@ std::vector<std::string> Started(int ranks, const std::vector<std::string>& argu
                    "OMPI_ALLOW_RUN_AS_ROOT=1",
                    "OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1",
                    kMpirun,
+                   "--quiet", // says nothing of its own about exit codes
                    "--oversubscribe",
                    "--mca",
                    "odls_base_sigkill_timeout",

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Mpirun.h"
 #include "Paths.h"
 #include "Process.h"
 #include "TempFolder.h"
@@ -29,30 +30,6 @@ std::string Sample(const std::string& name)
     return (fs::path(test::kSamples) / name).string();
 }
 
-/// `arguments` of the program, started as so many processes; as one without mpirun for none.
-/// @param patience_s how long the launcher waits before it kills what it has asked to end
-std::vector<std::string> Started(int ranks, const std::vector<std::string>& arguments,
-                                 int patience_s = 1)
-{
-    std::vector<std::string> command;
-    if (ranks > 0) {
-        command = {"/usr/bin/env",
-                   "OMPI_ALLOW_RUN_AS_ROOT=1",
-                   "OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1",
-                   test::kMpirun,
-                   "--quiet", // says nothing of its own about exit codes
-                   "--oversubscribe",
-                   "--mca",
-                   "odls_base_sigkill_timeout",
-                   std::to_string(patience_s),
-                   "-n",
-                   std::to_string(ranks)};
-    }
-    command.emplace_back(test::kProgram);
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    return command;
-}
-
 class Ranks : public testing::Test
 {
   protected:
@@ -65,7 +42,7 @@ class Ranks : public testing::Test
 
     Outcome Run(int ranks, const std::vector<std::string>& arguments, int patience_s = 1)
     {
-        return Process(Started(ranks, arguments, patience_s), folder.Path()).Wait();
+        return Process(test::Started(ranks, arguments, patience_s), folder.Path()).Wait();
     }
     /// Expects what one process by itself says, but for the time that it takes.
     void ExpectTheSameOf(int ranks, const std::vector<std::string>& arguments, const Outcome& alone)
@@ -211,23 +188,6 @@ TEST_F(Ranks, LeaveOtherCommandsToOneOfThem)
     EXPECT_EQ(shared.out, Run(0, pose).out);
 }
 
-/// The processes that mpirun has started, the leader first.
-std::vector<pid_t> ProcessesIn(const fs::path& folder)
-{
-    std::vector<pid_t> found;
-    for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
-        std::error_code ignored;
-        const std::string name = entry.path().filename().string();
-        if (std::all_of(name.begin(), name.end(), ::isdigit) &&
-            fs::read_symlink(entry.path() / "cwd", ignored) == folder &&
-            fs::read_symlink(entry.path() / "exe", ignored) == fs::path(test::kProgram)) {
-            found.push_back(std::stoi(name));
-        }
-    }
-    std::sort(found.begin(), found.end());
-    return found;
-}
-
 bool IsBeingWritten(const fs::path& folder)
 {
     const fs::directory_iterator entries(folder);
@@ -241,12 +201,12 @@ TEST_F(Ranks, LeaveWhatIsDoneWhenOneOfThemDies)
     WriteLongPath();
     const std::vector<std::string> solve{"solve", Sample("machines/trunnion-ac.toml"), "long.cl",
                                          "-o", "table.csv"};
-    Process run(Started(3, solve, 4), folder.Path());
+    Process run(test::Started(3, solve, 4), folder.Path());
     while (!IsBeingWritten(folder.Path())) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    const std::vector<pid_t> ranks = ProcessesIn(folder.Path());
+    const std::vector<pid_t> ranks = test::RanksIn(folder.Path());
     ASSERT_EQ(ranks.size(), 3U);
     ::kill(ranks.back(), SIGKILL);
     const Outcome ended = run.Wait();
