@@ -71,7 +71,8 @@ class Page:
         self.source = ""
         self.session = ""  # what Python has been told
         self.env = {**os.environ, "PATH": f"{build / 'host'}:{os.environ['PATH']}",
-                    "PYTHONPATH": str(build / "python")}
+                    "PYTHONPATH": str(build / "python"),
+                    "OMPI_ALLOW_RUN_AS_ROOT": "1", "OMPI_ALLOW_RUN_AS_ROOT_CONFIRM": "1"}  # shown once
 
     def fail(self, sentence):
         raise SystemExit(f"{self.name}: {sentence}")
