@@ -53,44 +53,56 @@ class NowAndThen
     Clock::time_point next;
 };
 
-std::string QuestionFor(const std::vector<std::string>& words)
+/// What a rank has to know of a job.
+struct JobQuestion
+{
+    bool resumes{false};
+    std::vector<std::string> words;
+};
+
+std::string BytesOf(const JobQuestion& question)
 {
     ByteWriter writer;
-    writer.Put(static_cast<std::uint64_t>(words.size()));
-    for (const std::string& word : words) {
+    writer.Put(question.resumes);
+    writer.Put(static_cast<std::uint64_t>(question.words.size()));
+    for (const std::string& word : question.words) {
         writer.PutText(word);
     }
     return writer.Take();
 }
 
-std::vector<std::string> WordsIn(const std::string& question)
+JobQuestion QuestionFrom(const std::string& bytes)
 {
-    ByteReader reader(question);
-    std::vector<std::string> words;
-    reader.TakeEach(words, [](ByteReader& from, std::string& word) { return from.TakeText(word); });
-    return words;
+    ByteReader reader(bytes);
+    JobQuestion question;
+    reader.Take(question.resumes);
+    reader.TakeEach(question.words,
+                    [](ByteReader& from, std::string& word) { return from.TakeText(word); });
+    return question;
 }
 
 /// What the options of the batch mean for a job.
-void Adapt(SolveOptions& job, const BatchOptions& options)
+void Adapt(SolveOptions& job, bool isQuiet, bool resumes)
 {
-    std::error_code ignored;
-    job.isQuiet = job.isQuiet || options.isQuiet;
-    job.resumes = options.resumes && fs::exists(CheckpointOf(job.output), ignored);
+    job.isQuiet = job.isQuiet || isQuiet;
+    job.resumes = resumes;
 }
 
-void Adapt(VerifyOptions& /*job*/, const BatchOptions& /*options*/) {}
+void Adapt(VerifyOptions& /*job*/, bool /*isQuiet*/, bool /*resumes*/) {}
+
+bool IsThere(const fs::path& file)
+{
+    std::error_code ignored;
+    return fs::exists(file, ignored);
+}
 
 /// On any rank: does a job and says what came of it.
-std::string DoJob(const BatchOptions& options, const std::string& question)
+std::string DoJob(const BatchOptions& options, const std::string& bytes)
 {
-    const std::vector<std::string> words = WordsIn(question);
-    JobOptions job = options.read(words);
-    const std::string fingerprint = JobFingerprint(words, job, options.version);
-    std::visit([&](auto& one) { Adapt(one, options); }, job);
-    JobResult result = RunJob(job);
-    result.fingerprint = fingerprint;
-    return BytesOf(result);
+    const JobQuestion question = QuestionFrom(bytes);
+    JobOptions job = options.read(question.words);
+    std::visit([&](auto& one) { Adapt(one, options.isQuiet, question.resumes); }, job);
+    return BytesOf(RunJob(job));
 }
 
 ExitCode Help(const BatchOptions& options, Ranks& ranks)
@@ -139,10 +151,7 @@ class BatchRun
             }
         });
         jobs.count = open.size();
-        jobs.question = [this](std::size_t job) {
-            states[open[job]].isBegun = true;
-            return QuestionFor(lines[open[job]].words);
-        };
+        jobs.question = [this](std::size_t job) { return Begin(open[job]); };
         jobs.work = [this](const std::string& question) {
             ShowProgress();
             return DoJob(options, question);
@@ -163,14 +172,9 @@ class BatchRun
     {
         for (std::size_t i = 0; i < lines.size(); ++i) {
             const std::vector<fs::path> results = FilesOf(lines[i].job).results;
-            const auto code =
-                record.Find(JobFingerprint(lines[i].words, lines[i].job, options.version));
-            const bool areThere =
-                std::all_of(results.begin(), results.end(), [](const fs::path& file) {
-                    std::error_code ignored;
-                    return fs::exists(file, ignored);
-                });
-            if (code && areThere) {
+            const std::optional<ExitCode> code = record.Find(FingerprintOf(i));
+            if (code && *code != kExitInterrupted &&
+                std::all_of(results.begin(), results.end(), IsThere)) {
                 states[i].isOfEarlierRun = true;
                 states[i].result = JobResult();
                 states[i].result->code = *code;
@@ -178,25 +182,44 @@ class BatchRun
         }
     }
 
+    std::string FingerprintOf(std::size_t line) const
+    {
+        return JobFingerprint(lines[line].words, lines[line].job, options.version);
+    }
+
+    /// What has been found of a job may be used if it was found for just that job.
+    std::string Begin(std::size_t line)
+    {
+        JobState& state = states[line];
+        state.isBegun = true;
+        state.fingerprint = FingerprintOf(line);
+        const auto* const solve = std::get_if<SolveOptions>(&lines[line].job);
+        const bool resumes = options.resumes && solve != nullptr &&
+                             record.Find(state.fingerprint) == kExitInterrupted &&
+                             IsThere(CheckpointOf(solve->output));
+        Note(state.fingerprint, kExitInterrupted);
+        return BytesOf({resumes, lines[line].words});
+    }
+
     void Take(std::size_t line, JobResult result)
     {
         const ExitCode code = result.code;
         isInterrupted = isInterrupted || code == kExitInterrupted;
         if (code == kExitOk || code == kExitPointsFailed) {
-            Note(result);
+            Note(states[line].fingerprint, code);
         }
         states[line].result = std::move(result);
         PrintThoseInOrder();
     }
 
     /// A batch without its record is worth more than none.
-    void Note(const JobResult& result)
+    void Note(const std::string& fingerprint, ExitCode code)
     {
-        if (result.fingerprint.empty() || !isNoting) {
+        if (fingerprint.empty() || !isNoting) {
             return;
         }
         try {
-            record.Add(result.fingerprint, result.code);
+            record.Add(fingerprint, code);
         } catch (const InputError& error) {
             isNoting = false;
             progress.Clear();

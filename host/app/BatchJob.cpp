@@ -104,7 +104,6 @@ std::string BytesOf(const JobResult& result)
     writer.PutText(result.fault);
     writer.PutText(result.out);
     writer.PutText(result.err);
-    writer.PutText(result.fingerprint);
     writer.Put(result.seconds);
     return writer.Take();
 }
@@ -115,7 +114,7 @@ JobResult ResultFrom(const std::string& bytes)
     JobResult result;
     const bool isWhole = reader.Take(result.code) && reader.TakeText(result.fault) &&
                          reader.TakeText(result.out) && reader.TakeText(result.err) &&
-                         reader.TakeText(result.fingerprint) && reader.Take(result.seconds);
+                         reader.Take(result.seconds);
     if (!isWhole) {
         result.code = kExitBadInput;
         result.fault = "trunnion: what another rank has sent is damaged; run this job again";

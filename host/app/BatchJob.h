@@ -21,10 +21,9 @@ UsedFiles FilesOf(const JobOptions& job);
 struct JobResult
 {
     ExitCode code{kExitBadInput};
-    std::string fault;       //!< what stopped it; empty where nothing did
-    std::string out;         //!< what it has printed
-    std::string err;         //!< likewise, the fault included
-    std::string fingerprint; //!< see JobFingerprint
+    std::string fault; //!< what stopped it; empty where nothing did
+    std::string out;   //!< what it has printed
+    std::string err;   //!< likewise, the fault included
     double seconds{0.0};
 };
 

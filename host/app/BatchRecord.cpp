@@ -19,6 +19,16 @@ namespace fs = std::filesystem;
 constexpr std::string_view kFormat = "trunnion batch 1";
 constexpr TextBounds kBounds{64UL * 1024 * 1024, 256};
 
+std::optional<ExitCode> CodeFrom(std::string_view text)
+{
+    for (const ExitCode code : {kExitOk, kExitPointsFailed, kExitInterrupted}) {
+        if (text == std::to_string(static_cast<int>(code))) {
+            return code;
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 void BatchRecord::Load()
@@ -37,29 +47,29 @@ void BatchRecord::Load()
         refuse();
     }
     while (reader.Next()) {
-        const std::string_view line = reader.Line(); // fingerprint, blank, 0 or 1
+        const std::string_view line = reader.Line(); // fingerprint, blank, code
         const std::size_t blank = line.find(' ');
-        const std::string_view code = blank == 0 || blank == std::string_view::npos
-                                          ? std::string_view()
-                                          : line.substr(blank + 1);
-        if (code != "0" && code != "1") {
+        const std::optional<ExitCode> code = blank == 0 || blank == std::string_view::npos
+                                                 ? std::nullopt
+                                                 : CodeFrom(line.substr(blank + 1));
+        if (!code) {
             refuse();
         }
-        finished[std::string(line.substr(0, blank))] = code == "0" ? kExitOk : kExitPointsFailed;
+        jobs[std::string(line.substr(0, blank))] = *code;
     }
 }
 
 std::optional<ExitCode> BatchRecord::Find(const std::string& fingerprint) const
 {
-    const auto found = finished.find(fingerprint);
-    return found == finished.end() ? std::nullopt : std::optional(found->second);
+    const auto found = jobs.find(fingerprint);
+    return found == jobs.end() ? std::nullopt : std::optional(found->second);
 }
 
 void BatchRecord::Add(const std::string& fingerprint, ExitCode code)
 {
-    finished[fingerprint] = code;
+    jobs[fingerprint] = code;
     std::string text = std::string(kFormat) + "\n";
-    for (const auto& [print, ended] : finished) {
+    for (const auto& [print, ended] : jobs) {
         text += print + " " + std::to_string(static_cast<int>(ended)) + "\n";
     }
     OutputFile out(file);
@@ -69,7 +79,7 @@ void BatchRecord::Add(const std::string& fingerprint, ExitCode code)
 
 void BatchRecord::Remove()
 {
-    finished.clear();
+    jobs.clear();
     std::error_code ignored;
     fs::remove(file, ignored);
 }

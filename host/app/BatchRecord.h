@@ -11,7 +11,8 @@
 namespace host
 {
 
-/// Which jobs of a batch are finished, in a file next to it. Jobs are known by their fingerprints.
+/// Which jobs of a batch were begun, and what they ended with, in a file next to it. Jobs are known
+/// by their fingerprints.
 class BatchRecord
 {
   public:
@@ -19,9 +20,10 @@ class BatchRecord
 
     /// Takes what an earlier run has noted, if there was one. Throws InputError for another file.
     void Load();
-    /// What a job has ended with; nothing where it is not known to be finished.
+    /// What a job has ended with: interrupted where all that is known is that it was begun, nothing
+    /// where not even that.
     std::optional<ExitCode> Find(const std::string& fingerprint) const;
-    /// Notes a job that is finished. Throws InputError where that cannot be written.
+    /// Notes such a thing of a job. Throws InputError where that cannot be written.
     void Add(const std::string& fingerprint, ExitCode code);
     /// Forgets all and takes the file away.
     void Remove();
@@ -30,7 +32,7 @@ class BatchRecord
 
   private:
     std::filesystem::path file;
-    std::map<std::string, ExitCode> finished;
+    std::map<std::string, ExitCode> jobs;
 };
 
 } // namespace host

@@ -18,6 +18,7 @@ struct JobState
 {
     bool isBegun{false};
     bool isOfEarlierRun{false};
+    std::string fingerprint;         //!< see JobFingerprint; empty until it matters
     std::optional<JobResult> result; //!< nothing until it has ended
 };
 

@@ -376,6 +376,26 @@ TEST_F(BatchProgram, GoesOnWhereItWasInterrupted)
     EXPECT_EQ(Content("b.csv"), Content("alone.csv"));
 }
 
+/// What was found so far was found with another tolerance.
+TEST_F(BatchProgram, BeginsAnInterruptedJobAnewThatIsNotTheSame)
+{
+    WriteLongPath();
+    const std::string jobs = "solve mill.toml far.cl -o a.csv\nsolve mill.toml long.cl -o b.csv";
+    folder.Write("jobs.txt", jobs);
+    Process process(Command({"batch", "jobs.txt"}), folder.Path());
+    ASSERT_TRUE(process.WaitForError("point 2 failed"));
+    process.Send(SIGINT);
+    EXPECT_EQ(process.Wait().code, 130);
+    ASSERT_TRUE(IsThere("b.csv.resume"));
+    const Outcome resumed = Batch(jobs + " --tolerance 1e-10\n", {"--resume"});
+    EXPECT_EQ(resumed.code, 1) << resumed.err;
+    EXPECT_TRUE(Contains(resumed.out, "jobs.txt:1: some points failed in an earlier run\n"));
+    EXPECT_FALSE(IsThere("b.csv.resume"));
+    ASSERT_EQ(Run({"solve", "mill.toml", "long.cl", "-o", "c.csv", "--tolerance", "1e-10"}).code,
+              0);
+    EXPECT_EQ(Content("b.csv"), Content("c.csv"));
+}
+
 TEST_F(BatchProgram, InterruptsAVerificationToo)
 {
     WriteLongPath();
@@ -458,8 +478,8 @@ TEST_F(ResumedBatch, BeginsAnewWhereItIsNotAskedTo)
 TEST_F(ResumedBatch, RefusesARecordThatIsNone)
 {
     const std::string record = Content("jobs.txt.done");
-    for (const std::string& text :
-         {std::string("my own notes\n"), record + "0123\n", record + "0123 2\n", record + " 0\n"}) {
+    for (const std::string& text : {std::string("my own notes\n"), record + "0123\n",
+                                    record + "0123 2\n", record + "0123 00\n", record + " 0\n"}) {
         folder.Write("jobs.txt.done", text);
         for (const std::vector<std::string>& options :
              {std::vector<std::string>(), std::vector<std::string>{"--resume"}}) {
