@@ -1,5 +1,6 @@
 #include "app/BatchFile.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -25,6 +26,20 @@ std::string Trimmed(std::string_view line)
     std::string text(line.substr(0, line.find_last_not_of(" \t") + 1));
     text.erase(0, text.find_first_not_of(" \t"));
     return WithoutControlCharacters(text);
+}
+
+/// They would get into messages by the names of files.
+void RefuseControlCharacters(const LineReader& at)
+{
+    const std::string_view line = at.Line();
+    const auto isControl = [](char c) {
+        return (c >= '\0' && c < ' ' && c != '\t') || c == '\x7F';
+    };
+    const auto* const found = std::find_if(line.begin(), line.end(), isControl);
+    if (found != line.end()) {
+        throw InputError(at.File(), {at.Number(), static_cast<int>(found - line.begin()) + 1},
+                         "there is a control character here; take it out");
+    }
 }
 
 void CheckCommand(const LineReader& at, const std::vector<std::string>& words)
@@ -133,6 +148,7 @@ std::vector<BatchLine> ReadBatch(const fs::path& file, const fs::path& record,
     LineReader reader(in, file.string(), kBounds);
     std::vector<BatchLine> lines;
     while (reader.Next()) {
+        RefuseControlCharacters(reader);
         std::vector<std::string> words = ShellWords(reader.Line(), file.string(), reader.Number());
         if (words.empty()) {
             continue;

@@ -1,8 +1,11 @@
 // trunnion batch, run as a user runs it, in one process.
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
+#include <random>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -14,6 +17,8 @@
 #include "Paths.h"
 #include "Process.h"
 #include "TempFolder.h"
+#include "text/InputError.h"
+#include "text/ShellWords.h"
 
 namespace
 {
@@ -329,6 +334,58 @@ TEST_F(BatchProgram, RunsNothingWhereJobsShareAFileThatOneWrites)
     EXPECT_EQ(Batch(solve + "a.csv\n" + solve + "b.csv\nverify mill.toml part.cl same.csv").code,
               2); // "old" is no table
     EXPECT_EQ(Content("a.csv"), Content("b.csv"));
+}
+
+// Lines ----------------------------------------------------------------------------------------
+
+/// The words of random lines, against those that /bin/sh finds.
+TEST_F(BatchProgram, TakesLinesApartAsTheShellDoes)
+{
+    constexpr int kLines = 4000;
+    constexpr std::size_t kLongest = 12;
+    const std::string alphabet = "ab'\"\\# \t";
+    std::mt19937 random(7);
+    std::string script;
+    std::string words;
+    int numTaken = 0;
+    for (int i = 0; i < kLines; ++i) {
+        std::string line(random() % kLongest, ' ');
+        std::generate(line.begin(), line.end(),
+                      [&] { return alphabet[random() % alphabet.size()]; });
+        try {
+            for (const std::string& word : host::ShellWords(line, "lines", i)) {
+                words += "<" + word + ">";
+            }
+        } catch (const host::InputError&) {
+            continue; // a quotation or a backslash that would take the next line in
+        }
+        words += "\n";
+        script += "set -- " + line + "\nfor word do printf '<%s>' \"$word\"; done; echo\n";
+        ++numTaken;
+    }
+    EXPECT_GT(numTaken, kLines / 4);
+    folder.Write("script", script);
+    const Outcome shell = Process({"/bin/sh", "script"}, folder.Path()).Wait();
+    EXPECT_EQ(shell.err, "");
+    EXPECT_EQ(shell.out, words);
+}
+
+TEST_F(BatchProgram, RefusesFilesThatAreNoText)
+{
+    const std::string solve = "solve mill.toml part.cl -o a.csv\n";
+    EXPECT_EQ(
+        Batch(solve + std::string("so\0lve", 6)).err,
+        "jobs.txt:2:3: there is a NUL byte here; this is not a text file, or it is damaged\n");
+    EXPECT_EQ(Batch(solve + "solve " + std::string(70000, 'x')).err,
+              "jobs.txt:2:65537: this line is longer than 65536 characters; break it up\n");
+    EXPECT_EQ(Batch(solve + "\tverify \x1B[2J").err,
+              "jobs.txt:2:9: there is a control character here; take it out\n");
+    EXPECT_EQ(Batch("\xEF\xBB\xBF" + solve).code, 0); // as some editors begin a file
+    fs::remove(folder.Path() / "a.csv");
+    fs::resize_file(folder.Write("jobs.txt", solve), std::uintmax_t{1} << 30U);
+    EXPECT_EQ(Run({"batch", "jobs.txt"}).err.rfind("jobs.txt:2:1: there is a NUL byte", 0), 0U);
+    EXPECT_EQ(Run({"batch", "/dev/zero"}).code, 2);
+    EXPECT_FALSE(IsThere("a.csv"));
 }
 
 // Interruption and what goes on after it -------------------------------------------------------
