@@ -2,7 +2,9 @@
 #define TRUNNION_HOST_APP_HELPERS_H
 
 #include <functional>
+#include <future>
 #include <string>
+#include <utility>
 
 #include "ranks/SharedWork.h"
 
@@ -28,6 +30,16 @@ class Helpers
     WorkLeader leader;
     bool isSharing{false};
 };
+
+/// What `read` gives; it is done while the other ranks, where there are some, are joined.
+template <class Read>
+auto ReadWhileJoining(Ranks& ranks, Read read)
+{
+    auto reading =
+        std::async(ranks.Size() > 1 ? std::launch::async : std::launch::deferred, std::move(read));
+    ranks.Join();
+    return reading.get();
+}
 
 } // namespace host
 

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <fstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "app/Helpers.h"
 #include "app/Interrupt.h"
@@ -168,6 +170,7 @@ std::string BytesOf(const std::string& machineText, const Toolpath& path,
 /// On the other ranks: verifies what the leader has read, as it asks.
 ExitCode Help(const VerifyOptions& options, Ranks& ranks)
 {
+    ranks.Join();
     const std::string sources = ranks.FromLeader({});
     ByteReader bytes(sources);
     std::string machineText;
@@ -185,6 +188,84 @@ ExitCode Help(const VerifyOptions& options, Ranks& ranks)
     return kExitOk;
 }
 
+/// What a run reads before the table.
+struct Sources
+{
+    std::string machineText;
+    LoadedMachine machine;
+    Toolpath path;
+};
+
+Sources ReadSources(const VerifyOptions& options, std::ostream& warnings)
+{
+    std::string machineText = ReadMachineText(options.machine.file);
+    LoadedMachine machine = MachineFrom(machineText, options.machine);
+    Toolpath path = ReadPath(options.toolpath, machine.length, warnings);
+    return {std::move(machineText), std::move(machine), std::move(path)};
+}
+
+/// One run over a table.
+class TableRun
+{
+  public:
+    TableRun(const VerificationRequest& request, const Toolpath& path, std::string tableFile,
+             JointTableReader& ofTable, std::ostream& messages)
+        : table(std::move(tableFile)), reader(ofTable), err(messages), points(path),
+          progress(messages, "checking point", path.points.size(), IsErrorATerminal()),
+          findings(messages, table, path.file), kinematics(request.machine, request.Axes()),
+          chunks(request, reader.Columns(), kinematics, kNotedOfAKind),
+          verification(request, points, kinematics, [this](const Finding& finding) {
+              progress.Clear();
+              findings.Print(finding);
+          })
+    {}
+
+    /// False when it was interrupted. @param leader null where there are no other ranks
+    bool TakeRows(WorkLeader* leader)
+    {
+        if (leader == nullptr) {
+            return TakeRowsAlone();
+        }
+        TableCutter cutter(reader.Lines(), kRowsOfChunk);
+        SharedVerification(verification, chunks, reader.Columns(), points,
+                           [this](std::size_t point) { progress.Show(point + 1); })
+            .Run(cutter, *leader);
+        return true;
+    }
+
+    const VerificationReport& Finish()
+    {
+        verification.Finish();
+        progress.Clear();
+        return verification.Report();
+    }
+
+  private:
+    bool TakeRowsAlone()
+    {
+        TableRow row;
+        while (reader.Next(row)) {
+            if (Interrupt::IsOneRequested()) { // of a batch
+                err << table << ": interrupted at line " << row.tableLine << "\n";
+                return false;
+            }
+            verification.Take(row);
+            progress.Show(row.motion.point + 1);
+        }
+        return true;
+    }
+
+    std::string table;
+    JointTableReader& reader;
+    std::ostream& err;
+    PathWindow points;
+    Progress progress;
+    FindingPrinter findings;
+    ToolKinematics kinematics;
+    ChunkVerification chunks;
+    Verification verification;
+};
+
 } // namespace
 
 ExitCode Verify(const VerifyOptions& options, std::ostream& out, std::ostream& err)
@@ -201,45 +282,22 @@ ExitCode VerifyShared(const VerifyOptions& options, Ranks& ranks, std::ostream& 
     }
     const auto start = std::chrono::steady_clock::now();
     Helpers helpers(ranks);
-    const std::string machineText = ReadMachineText(options.machine.file);
-    LoadedMachine machine = MachineFrom(machineText, options.machine);
-    const Toolpath path = ReadPath(options.toolpath, machine.length, err);
-    const VerificationRequest request = RequestFrom(options, machine, path);
+    Sources sources = ReadWhileJoining(ranks, [&] { return ReadSources(options, err); });
+    const Toolpath& path = sources.path;
+    const VerificationRequest request = RequestFrom(options, sources.machine, path);
     const std::string table = options.table.string();
     std::ifstream in = OpenInput(options.table);
-    JointTableReader reader(in, table, request.Axes(), machine.length);
-    helpers.Share([&] { return BytesOf(machineText, path, reader.Columns().Header()); });
+    JointTableReader reader(in, table, request.Axes(), sources.machine.length);
+    helpers.Share([&] { return BytesOf(sources.machineText, path, reader.Columns().Header()); });
 
-    Progress progress(err, "checking point", path.points.size(), IsErrorATerminal());
-    FindingPrinter findings(err, table, path.file);
-    const PathWindow points(path);
-    ToolKinematics kinematics(machine, request.Axes());
-    Verification verification(request, points, kinematics, [&](const Finding& finding) {
-        progress.Clear();
-        findings.Print(finding);
-    });
-    const auto showPoint = [&](std::size_t point) { progress.Show(point + 1); };
-    if (WorkLeader* const leader = helpers.Leader()) {
-        TableCutter cutter(reader.Lines(), kRowsOfChunk);
-        ChunkVerification chunks(request, reader.Columns(), kinematics, kNotedOfAKind);
-        SharedVerification(verification, chunks, reader.Columns(), points, showPoint)
-            .Run(cutter, *leader);
-    } else {
-        TableRow row;
-        while (reader.Next(row)) {
-            if (Interrupt::IsOneRequested()) { // of a batch
-                err << table << ": interrupted at line " << row.tableLine << "\n";
-                return kExitInterrupted;
-            }
-            verification.Take(row);
-            showPoint(row.motion.point);
-        }
+    TableRun run(request, path, table, reader, err);
+    if (!run.TakeRows(helpers.Leader())) {
+        return kExitInterrupted;
     }
-    verification.Finish();
-    progress.Clear();
-    const VerificationReport& report = verification.Report();
+    const VerificationReport& report = run.Finish();
     ReportPrinter(out, report, table, path.file)
-        .Print(machine.length, request.tolerances, std::chrono::steady_clock::now() - start);
+        .Print(sources.machine.length, request.tolerances,
+               std::chrono::steady_clock::now() - start);
     return report.Holds() ? kExitOk : kExitNotVerified;
 }
 
