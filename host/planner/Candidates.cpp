@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 #include <IkSolver.h>
@@ -15,7 +16,6 @@ namespace host
 namespace
 {
 
-constexpr std::size_t kBlockPoints = 128;
 constexpr std::size_t kMostCandidates = 8; // as many as a six-axis arm has branches
 
 bool AreFinite(const std::vector<double>& values)
@@ -57,17 +57,29 @@ bool IsConsistent(const CandidateBlock& block, std::size_t numAxes)
 
 CandidateTable CandidateTable::OfSlice(std::vector<const Axis*> ofAxes, CandidateBlock slice)
 {
-    CandidateTable table(std::move(ofAxes), std::max<std::size_t>(slice.ends.size(), 1));
+    CandidateTable table(std::move(ofAxes), std::max<std::size_t>(slice.ends.size(), 1),
+                         Joint::ByParents);
     table.firstPoint = slice.firstPoint;
     table.numbers.push_back(slice.branches);
     table.blocks.push_back(std::move(slice));
     return table;
 }
 
+bool CandidateTable::Continues(const CandidateBlock& block) const
+{
+    const int before = blocks.empty() ? 0 : static_cast<int>(CountAt(EndPoint() - 1));
+    const auto begin = block.parents.begin();
+    return joint == Joint::ByExits ||
+           std::all_of(begin, begin + static_cast<std::ptrdiff_t>(block.ends.front()),
+                       [before](std::int8_t parent) { return parent < before; });
+}
+
 void CandidateTable::Append(CandidateBlock block)
 {
     blocks.push_back(std::move(block));
-    LinkFirstPoint();
+    if (joint == Joint::ByExits) {
+        LinkFirstPoint();
+    }
     NumberBranches();
 }
 
@@ -177,9 +189,18 @@ void CandidateTable::NumberBranchesAt(std::size_t point)
     }
 }
 
-std::size_t CandidateFinder::BlockSize(const Workplace& place)
+CandidateFinder::CandidateFinder(Workplace& at, Following following)
+    : place(at), follow(std::move(following))
 {
-    return place.IsRedundant() ? std::max<std::size_t>(place.NumPoints(), 1) : kBlockPoints;
+    if (!follow) {
+        follow = [this](const FollowTask& task) {
+            std::vector<FollowedWay> followed;
+            for (const JointValues& start : task.starts) {
+                followed.push_back(FollowOn(start, task.from, task.begin, task.end));
+            }
+            return followed;
+        };
+    }
 }
 
 bool CandidateFinder::IsSettled(std::size_t point) const
@@ -187,15 +208,20 @@ bool CandidateFinder::IsSettled(std::size_t point) const
     return !place.IsAtPole(place.PointAt(point).direction);
 }
 
-CandidateBlock CandidateFinder::FindBlock(std::size_t firstPoint, std::size_t endPoint)
+CandidateBlock CandidateFinder::FindBlock(std::size_t firstPoint, std::size_t endPoint,
+                                          const KnownCandidates& before)
 {
     CandidateBlock block;
     block.firstPoint = firstPoint;
+    ways.clear();
     Candidates known; // at `from`, the last point that settles where all axes stand
-    std::size_t from = firstPoint;
+    for (const JointValues& joints : before.joints) {
+        known.emplace_back().joints = joints;
+    }
+    std::size_t from = known.empty() ? firstPoint : before.point;
     for (std::size_t point = firstPoint; point < endPoint; ++point) {
         if (IsSettled(point)) {
-            Candidates found = FindAt(point, known, from);
+            Candidates found = FindAt(point, known, from, endPoint);
             for (Candidate& candidate : found) {
                 block.joints.insert(block.joints.end(), candidate.joints.begin(),
                                     candidate.joints.end());
@@ -208,7 +234,8 @@ CandidateBlock CandidateFinder::FindBlock(std::size_t firstPoint, std::size_t en
         }
         block.ends.push_back(static_cast<std::uint32_t>(block.branches.size()));
     }
-    if (endPoint < place.NumPoints() && from + 1 == endPoint && !place.Pair()) {
+    if (endPoint < place.NumPoints() && from + 1 == endPoint && !place.Pair() &&
+        !place.IsRedundant()) {
         for (Candidate& candidate : known) {
             const bool leads = Follow(candidate.joints, from, endPoint);
             block.exits.push_back(leads ? candidate.joints : JointValues{});
@@ -219,12 +246,12 @@ CandidateBlock CandidateFinder::FindBlock(std::size_t firstPoint, std::size_t en
 
 /// The angles of a pair give all the branches of a point at once; elsewhere they are continued from
 /// the last point.
-CandidateFinder::Candidates CandidateFinder::FindAt(std::size_t point, const Candidates& known,
-                                                    std::size_t from)
+CandidateFinder::Candidates CandidateFinder::FindAt(std::size_t point, Candidates& known,
+                                                    std::size_t from, std::size_t end)
 {
     Candidates found;
     if (!place.Pair() || place.IsRedundant()) {
-        found = Continue(known, from, point);
+        found = Continue(known, from, point, end);
     }
     if (MayHoldMore(found, known, point)) {
         SeekAfresh(point, found);
@@ -232,17 +259,54 @@ CandidateFinder::Candidates CandidateFinder::FindAt(std::size_t point, const Can
     return found;
 }
 
-CandidateFinder::Candidates CandidateFinder::Continue(const Candidates& known, std::size_t from,
-                                                      std::size_t point)
+CandidateFinder::Candidates CandidateFinder::Continue(Candidates& known, std::size_t from,
+                                                      std::size_t point, std::size_t end)
 {
+    FollowAll(known, from, point, end);
     Candidates found;
     for (std::size_t i = 0; i < known.size(); ++i) {
-        JointValues joints = known[i].joints;
-        if (Follow(joints, from, point)) {
-            Add(std::move(joints), static_cast<int>(i), found);
+        const FollowedWay& way = ways[known[i].way];
+        const std::size_t step = known[i].step;
+        if (step < way.size()) {
+            Add({way[step], 0, static_cast<int>(i), known[i].way, step + 1}, found);
         }
     }
     return found;
+}
+
+/// Finds out where those lead of which it is not known: all the way to the end, for what one meets
+/// does not depend on the others.
+void CandidateFinder::FollowAll(Candidates& known, std::size_t from, std::size_t point,
+                                std::size_t end)
+{
+    FollowTask task{from, point, end, {}};
+    for (Candidate& candidate : known) {
+        if (candidate.way == kNoWay) {
+            candidate.way = ways.size() + task.starts.size();
+            task.starts.push_back(candidate.joints);
+        }
+    }
+    if (!task.starts.empty()) {
+        std::vector<FollowedWay> followed = follow(task);
+        std::move(followed.begin(), followed.end(), std::back_inserter(ways));
+    }
+}
+
+FollowedWay CandidateFinder::FollowOn(JointValues joints, std::size_t from, std::size_t begin,
+                                      std::size_t end)
+{
+    FollowedWay way;
+    for (std::size_t point = begin; point < end; ++point) {
+        if (IsSettled(point)) {
+            if (!Follow(joints, from, point)) {
+                break;
+            }
+            way.push_back(joints);
+            joints = OnBaseTurns(std::move(joints));
+            from = point;
+        }
+    }
+    return way;
 }
 
 /// Continues one solution to a point, in steps where the way there is long: a long step may end on
@@ -287,7 +351,7 @@ bool CandidateFinder::MayHoldMore(const Candidates& found, const Candidates& bef
 void CandidateFinder::SeekAfresh(std::size_t point, Candidates& into)
 {
     for (JointValues& joints : Seek(point)) {
-        Add(std::move(joints), -1, into);
+        Add({std::move(joints), 0, -1, kNoWay, 0}, into);
     }
 }
 
@@ -331,27 +395,34 @@ std::vector<JointValues> CandidateFinder::SeekByHybridSolver(std::size_t point)
 }
 
 /// Adds a solution unless it is there already.
-void CandidateFinder::Add(JointValues joints, int parent, Candidates& into) const
+void CandidateFinder::Add(Candidate candidate, Candidates& into) const
 {
     const std::vector<const Axis*>& axes = place.Axes();
     if (into.size() == kMostCandidates ||
         std::any_of(into.begin(), into.end(), [&](const Candidate& other) {
-            return AreSameSolution(axes, other.joints, joints);
+            return AreSameSolution(axes, other.joints, candidate.joints);
         })) {
         return;
     }
+    candidate.joints = OnBaseTurns(std::move(candidate.joints));
+    candidate.branch =
+        place.Pair() ? place.Pair()->BranchOf(candidate.joints[place.Pair()->SecondAxis()]) : 0;
+    into.push_back(std::move(candidate));
+    if (place.Pair()) {
+        std::sort(into.begin(), into.end(),
+                  [](const Candidate& a, const Candidate& b) { return a.branch < b.branch; });
+    }
+}
+
+JointValues CandidateFinder::OnBaseTurns(JointValues joints) const
+{
+    const std::vector<const Axis*>& axes = place.Axes();
     for (std::size_t i = 0; i < axes.size(); ++i) {
         if (axes[i]->isRotary && (!CountsTurns(*axes[i]) || !place.IsRedundant())) {
             joints[i] = BaseImage(*axes[i], joints[i]);
         }
     }
-    const int branch =
-        place.Pair() ? place.Pair()->BranchOf(joints[place.Pair()->SecondAxis()]) : 0;
-    into.push_back({std::move(joints), branch, parent});
-    if (place.Pair()) {
-        std::sort(into.begin(), into.end(),
-                  [](const Candidate& a, const Candidate& b) { return a.branch < b.branch; });
-    }
+    return joints;
 }
 
 } // namespace host

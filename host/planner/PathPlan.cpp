@@ -4,6 +4,7 @@
 #include <iterator>
 #include <map>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -139,8 +140,11 @@ void PathPlan::AddSection(const PlanRequest& request, std::size_t begin, std::si
         section.axisOf.push_back(
             static_cast<std::size_t>(std::find(axes.begin(), axes.end(), axis) - axes.begin()));
     }
-    const std::size_t blockSize = CandidateFinder::BlockSize(*section.place);
-    section.table = std::make_unique<CandidateTable>(section.place->Axes(), blockSize);
+    constexpr std::size_t blockSize = CandidateFinder::kBlockPoints;
+    section.table = std::make_unique<CandidateTable>(section.place->Axes(), blockSize,
+                                                     section.place->IsRedundant()
+                                                         ? CandidateTable::Joint::ByParents
+                                                         : CandidateTable::Joint::ByExits);
     section.firstBlock = blocks.size();
     for (std::size_t first = 0; first < end - begin; first += blockSize) {
         blocks.push_back({sections.size(), first, std::min(first + blockSize, end - begin)});
@@ -168,7 +172,32 @@ std::size_t PathPlan::PointsUpTo(std::size_t block) const
 CandidateBlock PathPlan::FindBlock(std::size_t block)
 {
     const Block& of = blocks[block];
-    return CandidateFinder(*sections[of.section].place).FindBlock(of.begin, of.end);
+    Workplace& place = *sections[of.section].place;
+    return CandidateFinder(place).FindBlock(of.begin, of.end, KnownBefore(of));
+}
+
+KnownCandidates PathPlan::KnownBefore(const Block& block) const
+{
+    const Workplace& place = *sections[block.section].place;
+    const CandidateTable& table = *sections[block.section].table;
+    KnownCandidates known;
+    if (!place.IsRedundant()) {
+        return known;
+    }
+    if (table.EndPoint() != block.begin) {
+        throw std::logic_error("the blocks of a redundant machine are found one after the other");
+    }
+    for (std::size_t point = block.begin; point-- > 0;) {
+        if (!place.IsAtPole(place.PointAt(point).direction)) {
+            known.point = point;
+            for (std::size_t i = 0; i < table.CountAt(point); ++i) {
+                const double* const joints = table.JointsAt(point, i);
+                known.joints.emplace_back(joints, joints + table.NumAxes());
+            }
+            break;
+        }
+    }
+    return known;
 }
 
 bool PathPlan::Accepts(const CandidateBlock& block) const
@@ -178,7 +207,8 @@ bool PathPlan::Accepts(const CandidateBlock& block) const
     }
     const Block& next = blocks[appended];
     return block.firstPoint == next.begin && block.ends.size() == next.end - next.begin &&
-           IsConsistent(block, sections[next.section].axisOf.size());
+           IsConsistent(block, sections[next.section].axisOf.size()) &&
+           sections[next.section].table->Continues(block);
 }
 
 void PathPlan::Append(CandidateBlock next)
@@ -342,20 +372,43 @@ bool PathPlan::BuildShared(const Section& section, const Choice& choice, const C
 bool PathPlan::FindShared(WorkLeader& leader,
                           const std::function<bool(std::size_t appended)>& mayGoOn)
 {
+    const auto isFollowed = [this](const Block& block) {
+        return sections[block.section].place->IsRedundant();
+    };
+    const auto at = [this](std::size_t block) {
+        return blocks.begin() + static_cast<std::ptrdiff_t>(block);
+    };
+    while (appended < blocks.size()) {
+        const auto next = at(appended);
+        if (!isFollowed(*next)) {
+            const auto end = std::find_if(next, blocks.end(), isFollowed);
+            if (!FindFresh(static_cast<std::size_t>(end - blocks.begin()), leader, mayGoOn)) {
+                return false;
+            }
+        } else if (!mayGoOn(appended)) {
+            return false;
+        } else {
+            Append(FollowShared(*next, leader));
+        }
+    }
+    return true;
+}
+
+/// Each of the blocks up to `end` by itself.
+bool PathPlan::FindFresh(std::size_t end, WorkLeader& leader,
+                         const std::function<bool(std::size_t appended)>& mayGoOn)
+{
     SharedWork<CandidateBlock> work;
     work.first = appended;
-    work.end = blocks.size();
+    work.end = end;
     work.prepare = [](std::size_t /*block*/) {};
     work.question = [this](std::size_t block) {
         const Block& of = blocks[block];
         const Workplace& place = *sections[of.section].place;
-        if (place.IsRedundant()) {
-            return std::string(); // as large as the section
-        }
         // The next block's first point tells which branches go on there.
-        const std::size_t end = std::min(of.end + 1, place.NumPoints());
+        const std::size_t beyond = std::min(of.end + 1, place.NumPoints());
         return BytesOf(
-            FindQuestion{AskedPoints::Of(place.Targets(), of.begin, end), of.begin, of.end});
+            FindQuestion{AskedPoints::Of(place.Targets(), of.begin, beyond), of.begin, of.end});
     };
     work.work = [this](std::size_t block) { return FindBlock(block); };
     work.unpack = [this](std::size_t block, const std::string& answer) {
@@ -366,6 +419,38 @@ bool PathPlan::FindShared(WorkLeader& leader,
     work.take = [this](std::size_t /*block*/, CandidateBlock found) { Append(std::move(found)); };
     work.mayGoOn = [&] { return mayGoOn(appended); };
     return leader.Run(work);
+}
+
+/// Where one block goes on from the other, the ranks follow a solution each.
+CandidateBlock PathPlan::FollowShared(const Block& block, WorkLeader& leader) const
+{
+    Workplace& place = *sections[block.section].place;
+    CandidateFinder alone(place);
+    const auto follow = [&](const FollowTask& task) {
+        std::vector<FollowedWay> ways;
+        const auto followHere = [&](std::size_t start) {
+            return alone.FollowOn(task.starts[start], task.from, task.begin, task.end);
+        };
+        SharedWork<FollowedWay> work;
+        work.end = task.starts.size();
+        work.ahead = (work.end + leader.NumRanks() - 1) / leader.NumRanks();
+        work.prepare = [](std::size_t /*start*/) {};
+        work.question = [&](std::size_t start) {
+            return BytesOf(FollowQuestion{AskedPoints::Of(place.Targets(), task.from, task.end),
+                                          {task.from, task.begin, task.end, {task.starts[start]}}});
+        };
+        work.work = followHere;
+        work.unpack = [&](std::size_t start, const std::string& answer) {
+            FollowedWay way;
+            ByteReader reader(answer);
+            return TakeWay(reader, way) ? std::move(way) : followHere(start);
+        };
+        work.take = [&](std::size_t /*start*/, FollowedWay way) { ways.push_back(std::move(way)); };
+        work.mayGoOn = [] { return true; };
+        leader.Run(work);
+        return ways;
+    };
+    return CandidateFinder(place, follow).FindBlock(block.begin, block.end, KnownBefore(block));
 }
 
 } // namespace host

@@ -60,7 +60,8 @@ class PathPlan
     std::size_t NumBlocks() const { return blocks.size(); }
     /// Points up to the end of this block.
     std::size_t PointsUpTo(std::size_t block) const;
-    /// Finds the candidates of a block. Does not depend on what was found before.
+    /// Finds the candidates of a block. Does not depend on what was found before, but on redundant
+    /// machines: there it has to be the next block.
     CandidateBlock FindBlock(std::size_t block);
     /// Whether this could be the candidates of the next block.
     bool Accepts(const CandidateBlock& block) const;
@@ -96,6 +97,10 @@ class PathPlan
         std::size_t end;
     };
 
+    KnownCandidates KnownBefore(const Block& block) const;
+    CandidateBlock FollowShared(const Block& block, WorkLeader& leader) const;
+    bool FindFresh(std::size_t end, WorkLeader& leader,
+                   const std::function<bool(std::size_t appended)>& mayGoOn);
     void AddSection(const PlanRequest& request, std::size_t begin, std::size_t end);
     void StartFrom(Section& section, const std::vector<double>& values) const;
     bool BuildSection(Section& section, const Takers& takers, WorkLeader* leader,

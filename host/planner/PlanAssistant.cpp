@@ -11,20 +11,34 @@ std::string PlanAssistant::Answer(const std::string& question)
     ByteReader reader(question);
     QuestionKind kind{};
     FindQuestion find;
+    FollowQuestion follow;
     BuildQuestion build;
     if (!reader.Take(kind)) {
         return {};
     }
-    if (kind == QuestionKind::Find) {
+    switch (kind) {
+    case QuestionKind::Find:
         return Take(reader, find) ? Answer(std::move(find)) : std::string();
+    case QuestionKind::Follow:
+        return Take(reader, follow) ? Answer(std::move(follow)) : std::string();
+    case QuestionKind::Build:
+        return Take(reader, build) ? Answer(std::move(build)) : std::string();
     }
-    return Take(reader, build) ? Answer(std::move(build)) : std::string();
+    return {};
 }
 
 std::string PlanAssistant::Answer(FindQuestion question)
 {
     Workplace& place = PlaceFor(question.points, std::move(question.points.xAxes));
     return BytesOf(CandidateFinder(place).FindBlock(question.begin, question.end));
+}
+
+std::string PlanAssistant::Answer(FollowQuestion question)
+{
+    Workplace& place = PlaceFor(question.points, std::move(question.points.xAxes));
+    const FollowTask& task = question.task;
+    return BytesOf(
+        CandidateFinder(place).FollowOn(task.starts.front(), task.from, task.begin, task.end));
 }
 
 std::string PlanAssistant::Answer(BuildQuestion question)

@@ -25,6 +25,7 @@ class PlanAssistant
 
   private:
     std::string Answer(FindQuestion question);
+    std::string Answer(FollowQuestion question);
     std::string Answer(BuildQuestion question);
     Workplace& PlaceFor(const AskedPoints& points, std::vector<Vec3> xAxes);
 

@@ -87,6 +87,42 @@ bool Take(ByteReader& bytes, FindQuestion& question)
            TakeNumber(bytes, question.end);
 }
 
+std::string BytesOf(const FollowQuestion& question)
+{
+    ByteWriter bytes;
+    bytes.Put(QuestionKind::Follow);
+    Put(bytes, question.points);
+    PutNumber(bytes, question.task.from);
+    PutNumber(bytes, question.task.begin);
+    PutNumber(bytes, question.task.end);
+    bytes.PutAll(question.task.starts.front());
+    return bytes.Take();
+}
+
+bool Take(ByteReader& bytes, FollowQuestion& question)
+{
+    question.task.starts.resize(1);
+    return Take(bytes, question.points) && TakeNumber(bytes, question.task.from) &&
+           TakeNumber(bytes, question.task.begin) && TakeNumber(bytes, question.task.end) &&
+           bytes.TakeAll(question.task.starts.front());
+}
+
+std::string BytesOf(const FollowedWay& way)
+{
+    ByteWriter bytes;
+    PutNumber(bytes, way.size());
+    for (const JointValues& joints : way) {
+        bytes.PutAll(joints);
+    }
+    return bytes.Take();
+}
+
+bool TakeWay(ByteReader& bytes, FollowedWay& way)
+{
+    return bytes.TakeEach(
+        way, [](ByteReader& reader, JointValues& joints) { return reader.TakeAll(joints); });
+}
+
 std::string BytesOf(const BuildQuestion& question)
 {
     ByteWriter bytes;

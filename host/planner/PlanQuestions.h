@@ -39,6 +39,13 @@ struct FindQuestion
     std::size_t end{0};
 };
 
+/// Where a solution leads: of the task's starts there is one.
+struct FollowQuestion
+{
+    AskedPoints points; //!< from `task.from` on
+    FollowTask task;
+};
+
 /// Which rows lead through points whose states are chosen.
 struct BuildQuestion
 {
@@ -52,12 +59,17 @@ struct BuildQuestion
     RowMaker maker{0, {}, {}};
 };
 
-enum class QuestionKind : std::uint8_t { Find, Build };
+enum class QuestionKind : std::uint8_t { Find, Follow, Build };
 
 std::string BytesOf(const FindQuestion& question);
+std::string BytesOf(const FollowQuestion& question);
 std::string BytesOf(const BuildQuestion& question);
 bool Take(ByteReader& bytes, FindQuestion& question);
+bool Take(ByteReader& bytes, FollowQuestion& question);
 bool Take(ByteReader& bytes, BuildQuestion& question);
+
+std::string BytesOf(const FollowedWay& way);
+bool TakeWay(ByteReader& bytes, FollowedWay& way);
 
 /// Where a motion will stand before `begin`, told from the two points before it, which have states:
 /// right unless something unusual has come before.

@@ -22,6 +22,8 @@ struct SharedWork
 {
     std::size_t first{0};
     std::size_t end{0};
+    /// How many tasks a rank has before it: with few large ones it is better that none waits.
+    std::size_t ahead{4};
     /// Gets a task ready; once for each, in their order.
     std::function<void(std::size_t task)> prepare;
     /// What another rank has to know of it; empty where only the leader can do it.
@@ -45,6 +47,8 @@ class WorkLeader
         : ranks(sharing), asked(static_cast<std::size_t>(sharing.Size()), 0)
     {}
 
+    std::size_t NumRanks() const { return asked.size(); }
+
     /// False when it might not go on; answers that are still to come are then let go by.
     template <class Result>
     bool Run(const SharedWork<Result>& work)
@@ -55,7 +59,7 @@ class WorkLeader
         std::size_t given = work.first; // the next task that nobody has
         std::size_t taken = work.first;
         std::size_t prepared = work.first;
-        const std::size_t ahead = kAhead * asked.size() + 1;
+        const std::size_t ahead = work.ahead * asked.size() + 1;
         while (taken < work.end) {
             if (!work.mayGoOn()) {
                 return false;
@@ -66,7 +70,7 @@ class WorkLeader
                 work.prepare(prepared);
             }
             for (std::size_t rank = 1; rank < asked.size(); ++rank) {
-                while (asked[rank] < kAhead && given < stop && Ask(rank, given, work.question)) {
+                while (asked[rank] < work.ahead && given < stop && Ask(rank, given, work.question)) {
                     ++given;
                 }
             }
@@ -85,8 +89,6 @@ class WorkLeader
     }
 
   private:
-    static constexpr std::size_t kAhead = 4; // tasks that a rank has before it
-
     template <class Result>
     void Collect(const SharedWork<Result>& work, std::map<std::size_t, Result>& ready)
     {

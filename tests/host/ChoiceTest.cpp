@@ -40,11 +40,13 @@ class Chosen
 {
   public:
     explicit Chosen(const PlanRig& rig)
-        : place(rig.machine, *rig.streams.front(), rig.path, host::PathTargets(host::PathWindow(rig.path)),
-                rig.toolLengths, rig.options, rig.settings),
-          table(place.Axes(), host::CandidateFinder::BlockSize(place))
+        : place(rig.machine, *rig.streams.front(), rig.path,
+                host::PathTargets(host::PathWindow(rig.path)), rig.toolLengths, rig.options,
+                rig.settings),
+          table(place.Axes(), host::CandidateFinder::kBlockPoints,
+                host::CandidateTable::Joint::ByExits)
     {
-        const std::size_t size = host::CandidateFinder::BlockSize(place);
+        const std::size_t size = host::CandidateFinder::kBlockPoints;
         for (std::size_t first = 0; first < place.NumPoints(); first += size) {
             const std::size_t end = std::min(first + size, place.NumPoints());
             table.Append(host::CandidateFinder(place).FindBlock(first, end));

@@ -48,6 +48,29 @@ inline std::string WholeMill(const std::string& axes, const std::string& mounts)
            "[[stream]]\nid = 1\ntool = \"spindle\"\npart = \"table\"\n";
 }
 
+/// A head that turns about z and tilts about y, over a quill W beside Z: an axis more than position
+/// and direction take, and two that direct the tool.
+inline std::string QuillText()
+{
+    return WholeMill(LinearText("X", "base", "[1, 0, 0]") + LinearText("Y", "X", "[0, 1, 0]") +
+                         LinearText("Z", "Y", "[0, 0, 1]") + LinearText("W", "Z", "[0, 0, 1]") +
+                         RotaryText("C", "W", "[0, 0, 1]", "[0, 0, 180]", "limits = [-400, 400]") +
+                         RotaryText("B", "C", "[0, 1, 0]", "[0, 0, 180]", "limits = [-100, 100]"),
+                     MountText("tool", "B", "[0, 0, 0]") + MountText("part", "base", "[0, 0, 0]"));
+}
+
+/// The part tilts about x, the head turns about z and tilts about y: an axis to spare, and no two
+/// that direct the tool by themselves.
+inline std::string TiltingPartText()
+{
+    return WholeMill(LinearText("X", "base", "[1, 0, 0]") + LinearText("Y", "X", "[0, 1, 0]") +
+                         LinearText("Z", "Y", "[0, 0, 1]") +
+                         RotaryText("C", "Z", "[0, 0, 1]", "[0, 0, 180]", "limits = [-400, 400]") +
+                         RotaryText("B", "C", "[0, 1, 0]", "[0, 0, 180]", "limits = [-100, 100]") +
+                         RotaryText("A", "base", "[1, 0, 0]", "[0, 0, -50]", "limits = [-60, 60]"),
+                     MountText("tool", "B", "[0, 0, 0]") + MountText("part", "A", "[0, 0, 0]"));
+}
+
 /// base -- X -- Y -- Z -- spindle; base -- A (about x, 120 below) -- C (about z) -- table (100
 /// below): d = (sin A sin C, sin A cos C, cos A).
 inline std::string TableTableText(const std::string& limitsOfA, const std::string& limitsOfC)

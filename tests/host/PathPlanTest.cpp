@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <numeric>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -176,6 +177,33 @@ TEST(PathPlan, MakesTheSameMotionOfBlocksFromElsewhere)
         EXPECT_EQ(BitsOf(motion), BitsOf(rig.Plan()));
         EXPECT_EQ(BitsOf(rig.Build(plan)), BitsOf(motion)); // once more
     }
+}
+
+TEST(PathPlan, GoesOnFromTheBlockBeforeWhereThereIsAnAxisToSpare)
+{
+    PathText path;
+    for (int i = 0; i < 300; ++i) { // no reason for a way that is followed to end
+        path.To({20.0 * std::cos(0.03 * i), 0.1 * i, 0}, Leaning(20.0 + 0.05 * i, 0.5 * i));
+    }
+    const PlanRig rig(test::TiltingPartText(), path.Path());
+    PathPlan plan(rig.Request());
+    plan.Append(plan.FindBlock(0));
+    EXPECT_THROW(plan.FindBlock(2), std::logic_error);
+    CandidateBlock next = plan.FindBlock(1);
+    const std::size_t count = plan.Appended(0).ends[127] - plan.Appended(0).ends[126];
+    ASSERT_GT(count, 0U);
+    for (std::size_t i = 0; i < count; ++i) {
+        EXPECT_EQ(next.parents[i], static_cast<int>(i)); // each goes on
+    }
+    EXPECT_TRUE(plan.Accepts(next));
+    next.parents[0] = static_cast<std::int8_t>(count);
+    EXPECT_FALSE(plan.Accepts(next)) << "what it is to continue is not there";
+    next.parents[0] = 0;
+    plan.Append(next);
+    plan.Append(plan.FindBlock(2));
+    const Motion motion = rig.Build(plan);
+    EXPECT_EQ(motion.NumFailed(), 0U);
+    EXPECT_TRUE(motion.EventsOf(host::EventKind::Flip).empty());
 }
 
 TEST(PathPlan, BuildsWhatIsFoundSoFar)

@@ -184,6 +184,26 @@ TEST(SharedPlan, IsThatOfOneRankWhereAWayFailsAtTheEndOfAStretch)
     });
 }
 
+/// Axes to spare: each solution is followed by one rank from block to block, and what is lost on
+/// the way, at the limits and past the pole, is sought by the leader.
+TEST(SharedPlan, IsThatOfOneRankWithAnAxisToSpare)
+{
+    for (const std::string& machine : {test::QuillText(), test::TiltingPartText()}) {
+        const auto make = [&machine] {
+            PathText path;
+            for (int i = 0; i < 600; ++i) {
+                const double tilt = i % 70 == 69 ? 0.0 : 40.0 * std::sin(0.05 * i);
+                path.To({i % 111 == 110 ? 5000.0 : 20.0 * std::cos(0.03 * i), 0.1 * i, 0},
+                        Leaning(tilt, 1.5 * i), i % 90 == 0);
+            }
+            return PlanRig(machine, path.Path());
+        };
+        PathPlan plan(RequestOf(make()));
+        ASSERT_EQ(plan.NumBlocks(), 5U);
+        ExpectTheSame(make);
+    }
+}
+
 TEST(SharedPlan, EndsWhenItMayNotGoOnAndGoesOnAlone)
 {
     const auto make = [] {
