@@ -87,7 +87,8 @@ class BatchProgram : public testing::Test
     {
         std::ostringstream path;
         path << "UNITS/MM\nMULTAX/ON\nFEDRAT/1000\n";
-        for (int i = 0; i < 20000; ++i) {
+        constexpr int kPoints = test::kIsSanitized ? 3000 : 20000;
+        for (int i = 0; i < kPoints; ++i) {
             const double tilt = 0.3 + 0.1 * std::sin(0.001 * i);
             path << "GOTO/" << 40.0 * std::sin(0.0007 * i) << ",0,10," << std::sin(tilt) << ",0,"
                  << std::cos(tilt) << "\n";
