@@ -89,6 +89,13 @@ Sources ReadSources(const SolveOptions& options, Ranks& ranks, std::ostream& war
     return sources;
 }
 
+ReportedSharing SharingOf(const WorkLeader& leader)
+{
+    const SharingAccount& account = leader.Account();
+    return {leader.NumRanks(),      account.tasks,     account.ownTasks,     account.ownSeconds,
+            account.waitingSeconds, account.sentBytes, account.receivedBytes};
+}
+
 /// On the other ranks: what the leader has read is planned with, as it asks.
 ExitCode Help(const SolveOptions& options, Ranks& ranks)
 {
@@ -287,8 +294,11 @@ ExitCode SolveShared(const SolveOptions& options, Ranks& ranks, std::ostream& ou
     if (!run.Execute(interrupt)) {
         return kExitInterrupted;
     }
-    const RunReport report = ReportOf(options, sources.digests, request, run.Result(),
-                                      std::chrono::steady_clock::now() - start);
+    RunReport report = ReportOf(options, sources.digests, request, run.Result(),
+                                std::chrono::steady_clock::now() - start);
+    if (const WorkLeader* const leader = helpers.Leader()) {
+        report.sharing = SharingOf(*leader);
+    }
     run.Finish(report);
     if (!options.isQuiet) {
         PrintReport(report, out);

@@ -73,13 +73,24 @@ Json EventJson(const Event& event)
             {"sentence", event.sentence}};
 }
 
+Json SharingJson(const ReportedSharing& sharing)
+{
+    return {{"count", sharing.ranks},
+            {"tasks", sharing.tasks},
+            {"tasks_of_rank_0", sharing.leaderTasks},
+            {"task_seconds_of_rank_0", sharing.leaderTaskSeconds},
+            {"wait_seconds_of_rank_0", sharing.leaderWaitSeconds},
+            {"sent_bytes", sharing.sentBytes},
+            {"received_bytes", sharing.receivedBytes}};
+}
+
 } // namespace
 
 std::string ToJson(const RunReport& report)
 {
     Json machine = FileJson(report.machine);
     machine["name"] = report.machineName;
-    const Json json{
+    Json json{
         {"program", {{"name", "trunnion"}, {"version", report.version}}},
         {"command", report.command},
         {"machine", machine},
@@ -101,6 +112,9 @@ std::string ToJson(const RunReport& report)
         {"axes", ArrayOf(report.axes, AxisJson)},
         {"events", ArrayOf(report.events, EventJson)},
         {"seconds", report.seconds}};
+    if (report.sharing) {
+        json["ranks"] = SharingJson(*report.sharing);
+    }
     constexpr int kIndent = 2;
     return json.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
 }

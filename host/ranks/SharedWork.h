@@ -2,6 +2,7 @@
 #define TRUNNION_HOST_RANKS_SHARED_WORK_H
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -38,6 +39,17 @@ struct SharedWork
     std::function<bool()> mayGoOn;
 };
 
+/// What sharing work has come to.
+struct SharingAccount
+{
+    std::size_t tasks{0};
+    std::size_t ownTasks{0}; //!< of them done by the leader
+    double ownSeconds{0.0};  //!< that took it
+    double waitingSeconds{0.0};
+    std::size_t sentBytes{0};
+    std::size_t receivedBytes{0};
+};
+
 /// Hands out tasks as ranks become free, so that a slow one holds up nothing, and takes the results
 /// in order, so that the outcome does not depend on who did what. Few results wait at a time.
 class WorkLeader
@@ -48,6 +60,7 @@ class WorkLeader
     {}
 
     std::size_t NumRanks() const { return asked.size(); }
+    const SharingAccount& Account() const { return account; }
 
     /// False when it might not go on; answers that are still to come are then let go by.
     template <class Result>
@@ -70,7 +83,8 @@ class WorkLeader
                 work.prepare(prepared);
             }
             for (std::size_t rank = 1; rank < asked.size(); ++rank) {
-                while (asked[rank] < work.ahead && given < stop && Ask(rank, given, work.question)) {
+                while (asked[rank] < work.ahead && given < stop &&
+                       Ask(rank, given, work.question)) {
                     ++given;
                 }
             }
@@ -78,10 +92,14 @@ class WorkLeader
                 work.take(taken, std::move(next->second));
                 ready.erase(next);
                 ++taken;
+                ++account.tasks;
             } else if (given < stop) {
+                const Stopwatch watch(account.ownSeconds);
                 ready.emplace(given, work.work(given));
                 ++given;
+                ++account.ownTasks;
             } else {
+                const Stopwatch watch(account.waitingSeconds);
                 ranks.Wait();
             }
         }
@@ -89,10 +107,26 @@ class WorkLeader
     }
 
   private:
+    /// Adds to a time for as long as it lives.
+    class Stopwatch
+    {
+      public:
+        explicit Stopwatch(double& time) : seconds(time) {}
+        ~Stopwatch() { seconds += std::chrono::duration<double>(Clock::now() - start).count(); }
+        Stopwatch(const Stopwatch&) = delete;
+        Stopwatch& operator=(const Stopwatch&) = delete;
+
+      private:
+        using Clock = std::chrono::steady_clock;
+        double& seconds;
+        Clock::time_point start{Clock::now()};
+    };
+
     template <class Result>
     void Collect(const SharedWork<Result>& work, std::map<std::size_t, Result>& ready)
     {
         while (const std::optional<RankMessage> message = ranks.Receive()) {
+            account.receivedBytes += message->bytes.size();
             ByteReader reader(message->bytes);
             std::uint64_t ofRound = 0;
             std::uint64_t task = 0;
@@ -116,6 +150,7 @@ class WorkLeader
         writer.Put(round);
         writer.Put(static_cast<std::uint64_t>(task));
         writer.PutText(text);
+        account.sentBytes += writer.Bytes().size();
         ranks.Send(static_cast<int>(rank), writer.Take());
         ++asked[rank];
         return true;
@@ -124,6 +159,7 @@ class WorkLeader
     Ranks& ranks;
     std::vector<std::size_t> asked; // of each rank, how many answers are to come
     std::uint64_t round{0};
+    SharingAccount account;
 };
 
 /// On the other ranks: answers questions until the leader has no more.

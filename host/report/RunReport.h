@@ -85,6 +85,18 @@ struct ReportedAxis
     std::optional<ReportedRange> reached; //!< nothing without any row
 };
 
+/// How the work was shared among ranks.
+struct ReportedSharing
+{
+    std::size_t ranks{0};
+    std::size_t tasks{0};
+    std::size_t leaderTasks{0};    //!< of them done by rank 0
+    double leaderTaskSeconds{0.0}; //!< that took it
+    double leaderWaitSeconds{0.0}; //!< it had nothing to do
+    std::size_t sentBytes{0};
+    std::size_t receivedBytes{0};
+};
+
 struct RunReport
 {
     std::string version;              //!< of the program
@@ -104,6 +116,7 @@ struct RunReport
     std::vector<ReportedAxis> axes;
     std::vector<Event> events; //!< in the order of the path
     double seconds{0.0};
+    std::optional<ReportedSharing> sharing; //!< nothing where there was one rank
 };
 
 } // namespace host

@@ -161,6 +161,25 @@ TEST(SummaryJson, IsJsonWhateverTheFilesAreCalled)
         << host::ToJson(report);
 }
 
+TEST(SummaryJson, TellsHowTheWorkWasShared)
+{
+    host::RunReport report = FullReport();
+    report.sharing = host::ReportedSharing{3, 70, 20, 0.25, 0.125, 1000, 2000};
+    const std::string json = host::ToJson(report);
+    EXPECT_EQ(json.substr(json.find("  \"seconds\"")), R"(  "seconds": 1.25,
+  "ranks": {
+    "count": 3,
+    "tasks": 70,
+    "tasks_of_rank_0": 20,
+    "task_seconds_of_rank_0": 0.25,
+    "wait_seconds_of_rank_0": 0.125,
+    "sent_bytes": 1000,
+    "received_bytes": 2000
+  }
+}
+)");
+}
+
 TEST(FileDigest, IsTheSha256OfTheContent)
 {
     const test::TempFolder folder;
