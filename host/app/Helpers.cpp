@@ -1,5 +1,7 @@
 #include "app/Helpers.h"
 
+#include <utility>
+
 namespace host
 {
 
@@ -7,6 +9,14 @@ Helpers::Helpers(Ranks& others) : ranks(others), leader(others) {}
 
 Helpers::~Helpers()
 {
+    LetGo();
+}
+
+void Helpers::LetGo()
+{
+    if (std::exchange(haveGone, true)) {
+        return;
+    }
     if (isSharing) {
         DismissRanks(ranks);
     } else {

@@ -111,7 +111,9 @@ ExitCode Help(const SolveOptions& options, Ranks& ranks)
         DescriptionFromText(machineText, options.machine.file, options.machine.links));
     const PlanRequest request = RequestWithoutPoints(options, machine, path);
     PlanAssistant assistant(request);
-    AnswerLeader(ranks, [&](const std::string& question) { return assistant.Answer(question); });
+    AnswerLeader(ranks, [&](std::string_view question, ByteWriter& answer) {
+        assistant.Answer(question, answer);
+    });
     return kExitOk;
 }
 
@@ -299,7 +301,7 @@ ExitCode SolveShared(const SolveOptions& options, Ranks& ranks, std::ostream& ou
     if (const WorkLeader* const leader = helpers.Leader()) {
         report.sharing = SharingOf(*leader);
     }
-    run.Finish(report);
+    FinishWhileParting(ranks, helpers, [&] { run.Finish(report); });
     if (!options.isQuiet) {
         PrintReport(report, out);
     }

@@ -184,7 +184,9 @@ ExitCode Help(const VerifyOptions& options, Ranks& ranks)
     const TableColumns columns(options.table.string(), request.Axes(), machine.length, {header, 1});
     ToolKinematics kinematics(machine, request.Axes());
     ChunkVerification chunks(request, columns, kinematics, kNotedOfAKind);
-    AnswerLeader(ranks, [&](const std::string& question) { return chunks.Answer(question); });
+    AnswerLeader(ranks, [&](std::string_view question, ByteWriter& answer) {
+        answer.PutRest(chunks.Answer(question));
+    });
     return kExitOk;
 }
 

@@ -347,7 +347,7 @@ bool PathPlan::BuildShared(const Section& section, const Choice& choice, const C
                    ? BuiltStretch{}
                    : build(task, ForetoldStand(place, choice, near->second, beginOf(task)));
     };
-    work.unpack = [&](std::size_t /*task*/, const std::string& answer) {
+    work.unpack = [&](std::size_t /*task*/, std::string_view answer) {
         BuiltStretch built;
         ByteReader reader(answer);
         return Take(reader, built) ? std::move(built) : BuiltStretch{};
@@ -411,7 +411,7 @@ bool PathPlan::FindFresh(std::size_t end, WorkLeader& leader,
             FindQuestion{AskedPoints::Of(place.Targets(), of.begin, beyond), of.begin, of.end});
     };
     work.work = [this](std::size_t block) { return FindBlock(block); };
-    work.unpack = [this](std::size_t block, const std::string& answer) {
+    work.unpack = [this](std::size_t block, std::string_view answer) {
         CandidateBlock found;
         ByteReader reader(answer);
         return TakeBlock(reader, found) ? std::move(found) : FindBlock(block);
@@ -440,7 +440,7 @@ CandidateBlock PathPlan::FollowShared(const Block& block, WorkLeader& leader) co
                                           {task.from, task.begin, task.end, {task.starts[start]}}});
         };
         work.work = followHere;
-        work.unpack = [&](std::size_t start, const std::string& answer) {
+        work.unpack = [&](std::size_t start, std::string_view answer) {
             FollowedWay way;
             ByteReader reader(answer);
             return TakeWay(reader, way) ? std::move(way) : followHere(start);

@@ -6,42 +6,38 @@
 namespace host
 {
 
-std::string PlanAssistant::Answer(const std::string& question)
+void PlanAssistant::Answer(std::string_view question, ByteWriter& answer)
 {
     ByteReader reader(question);
     QuestionKind kind{};
     FindQuestion find;
     FollowQuestion follow;
     BuildQuestion build;
-    if (!reader.Take(kind)) {
-        return {};
+    reader.Take(kind);
+    if (kind == QuestionKind::Find && Take(reader, find)) {
+        Answer(std::move(find), answer);
+    } else if (kind == QuestionKind::Follow && Take(reader, follow)) {
+        Answer(std::move(follow), answer);
+    } else if (kind == QuestionKind::Build && Take(reader, build)) {
+        Answer(std::move(build), answer);
     }
-    switch (kind) {
-    case QuestionKind::Find:
-        return Take(reader, find) ? Answer(std::move(find)) : std::string();
-    case QuestionKind::Follow:
-        return Take(reader, follow) ? Answer(std::move(follow)) : std::string();
-    case QuestionKind::Build:
-        return Take(reader, build) ? Answer(std::move(build)) : std::string();
-    }
-    return {};
 }
 
-std::string PlanAssistant::Answer(FindQuestion question)
+void PlanAssistant::Answer(FindQuestion question, ByteWriter& answer)
 {
     Workplace& place = PlaceFor(question.points, std::move(question.points.xAxes));
-    return BytesOf(CandidateFinder(place).FindBlock(question.begin, question.end));
+    Put(answer, CandidateFinder(place).FindBlock(question.begin, question.end));
 }
 
-std::string PlanAssistant::Answer(FollowQuestion question)
+void PlanAssistant::Answer(FollowQuestion question, ByteWriter& answer)
 {
     Workplace& place = PlaceFor(question.points, std::move(question.points.xAxes));
     const FollowTask& task = question.task;
-    return BytesOf(
-        CandidateFinder(place).FollowOn(task.starts.front(), task.from, task.begin, task.end));
+    PutWay(answer,
+           CandidateFinder(place).FollowOn(task.starts.front(), task.from, task.begin, task.end));
 }
 
-std::string PlanAssistant::Answer(BuildQuestion question)
+void PlanAssistant::Answer(BuildQuestion question, ByteWriter& answer)
 {
     Workplace& place = PlaceFor(question.points, std::move(question.points.xAxes));
     place.SetStart(std::move(question.start));
@@ -50,20 +46,16 @@ std::string PlanAssistant::Answer(BuildQuestion question)
         CandidateTable::OfSlice(place.Axes(), std::move(question.candidates));
     const Choice choice(place, candidates, {first, std::move(question.chosen), {}});
     const MotionStand start = ForetoldStand(place, choice, question.turns, question.begin);
-    ByteWriter answer;
     Put(answer, BuildStretch(place, choice, start, question.begin, question.end,
                              std::move(question.maker), request.rowText));
-    return answer.Take();
 }
 
 Workplace& PlanAssistant::PlaceFor(const AskedPoints& points, std::vector<Vec3> xAxes)
 {
-    const auto operation = static_cast<std::size_t>(points.points.front().operation);
+    const auto operation = static_cast<std::size_t>(points.part.points.front().operation);
     const LoadedStream* const stream = request.streams[operation];
     std::unique_ptr<Workplace>& place = places[{stream, !xAxes.empty()}];
-    PathTargets targets(PathWindow(points.points.data(), points.first,
-                                   points.first + points.points.size(), points.numPoints),
-                        std::move(xAxes));
+    PathTargets targets(points.part.Window(), std::move(xAxes));
     if (place) {
         place->LookAt(std::move(targets));
     } else {

@@ -3,7 +3,7 @@
 
 #include <map>
 #include <memory>
-#include <string>
+#include <string_view>
 #include <utility>
 
 #include "planner/PathPlan.h"
@@ -21,12 +21,12 @@ class PlanAssistant
     /// @param ofPlan as the leader's, but that its path needs no points; outlives this
     explicit PlanAssistant(const PlanRequest& ofPlan) : request(ofPlan) {}
 
-    std::string Answer(const std::string& question);
+    void Answer(std::string_view question, ByteWriter& answer);
 
   private:
-    std::string Answer(FindQuestion question);
-    std::string Answer(FollowQuestion question);
-    std::string Answer(BuildQuestion question);
+    void Answer(FindQuestion question, ByteWriter& answer);
+    void Answer(FollowQuestion question, ByteWriter& answer);
+    void Answer(BuildQuestion question, ByteWriter& answer);
     Workplace& PlaceFor(const AskedPoints& points, std::vector<Vec3> xAxes);
 
     const PlanRequest& request;

@@ -23,16 +23,13 @@ bool TakeNumber(ByteReader& bytes, std::size_t& number)
 
 void Put(ByteWriter& bytes, const AskedPoints& points)
 {
-    PutNumber(bytes, points.first);
-    PutNumber(bytes, points.numPoints);
-    bytes.PutAll(points.points);
+    Put(bytes, points.part);
     bytes.PutAll(points.xAxes);
 }
 
 bool Take(ByteReader& bytes, AskedPoints& points)
 {
-    return TakeNumber(bytes, points.first) && TakeNumber(bytes, points.numPoints) &&
-           bytes.TakeAll(points.points) && bytes.TakeAll(points.xAxes);
+    return Take(bytes, points.part) && bytes.TakeAll(points.xAxes);
 }
 
 void Put(ByteWriter& bytes, const RowMaker& maker)
@@ -58,15 +55,9 @@ bool Take(ByteReader& bytes, RowMaker& maker)
 
 AskedPoints AskedPoints::Of(const PathTargets& targets, std::size_t first, std::size_t end)
 {
-    AskedPoints asked;
-    asked.first = first;
-    asked.numPoints = targets.Points().NumPoints();
-    asked.points.reserve(end - first);
-    for (std::size_t point = first; point < end; ++point) {
-        asked.points.push_back(targets.PointAt(point));
-        if (targets.FixWholeOrientation()) {
-            asked.xAxes.push_back(*targets.At(point).xAxis);
-        }
+    AskedPoints asked{PartOf(targets.Points(), first, end), {}};
+    for (std::size_t point = first; point < end && targets.FixWholeOrientation(); ++point) {
+        asked.xAxes.push_back(*targets.At(point).xAxis);
     }
     return asked;
 }
@@ -107,14 +98,12 @@ bool Take(ByteReader& bytes, FollowQuestion& question)
            bytes.TakeAll(question.task.starts.front());
 }
 
-std::string BytesOf(const FollowedWay& way)
+void PutWay(ByteWriter& bytes, const FollowedWay& way)
 {
-    ByteWriter bytes;
     PutNumber(bytes, way.size());
     for (const JointValues& joints : way) {
         bytes.PutAll(joints);
     }
-    return bytes.Take();
 }
 
 bool TakeWay(ByteReader& bytes, FollowedWay& way)

@@ -13,7 +13,7 @@
 #include "planner/PathTargets.h"
 #include "planner/RowMaker.h"
 #include "text/Bytes.h"
-#include "toolpath/Toolpath.h"
+#include "toolpath/PathBytes.h"
 
 // What the rank that leads a plan asks of the others. A question brings the points along that it is
 // about, so that the others need not hold the path.
@@ -23,9 +23,7 @@ namespace host
 /// Successive points of a section, under the numbers that they have in it.
 struct AskedPoints
 {
-    std::size_t first{0};
-    std::size_t numPoints{0}; //!< of the section
-    std::vector<ToolPoint> points;
+    PathPart part;
     std::vector<Vec3> xAxes; //!< of the tool at each of them; empty where they do not count
 
     static AskedPoints Of(const PathTargets& targets, std::size_t first, std::size_t end);
@@ -68,7 +66,7 @@ bool Take(ByteReader& bytes, FindQuestion& question);
 bool Take(ByteReader& bytes, FollowQuestion& question);
 bool Take(ByteReader& bytes, BuildQuestion& question);
 
-std::string BytesOf(const FollowedWay& way);
+void PutWay(ByteWriter& bytes, const FollowedWay& way);
 bool TakeWay(ByteReader& bytes, FollowedWay& way);
 
 /// Where a motion will stand before `begin`, told from the two points before it, which have states:

@@ -43,9 +43,9 @@ void MpiRanks::Join()
     }
 }
 
-MpiRanks::~MpiRanks()
+void MpiRanks::Part()
 {
-    if (!hasJoined) {
+    if (!hasJoined || hasParted) {
         return;
     }
     while (!sent.empty()) {
@@ -53,6 +53,7 @@ MpiRanks::~MpiRanks()
         ForgetWhatHasLeft();
     }
     MPI_Finalize();
+    hasParted = true;
 }
 
 std::string MpiRanks::FromLeader(std::string bytes)

@@ -17,13 +17,14 @@ class MpiRanks final : public Ranks
   public:
     /// As the launcher says, who numbers them as MPI does.
     MpiRanks(int asRank, int ofSize) : rank(asRank), size(ofSize) {}
-    ~MpiRanks() override;
+    ~MpiRanks() override { Part(); }
     MpiRanks(const MpiRanks&) = delete;
     MpiRanks& operator=(const MpiRanks&) = delete;
 
     int Rank() const override { return rank; }
     int Size() const override { return size; }
     void Join() override;
+    void Part() override;
     std::string FromLeader(std::string bytes) override;
     void Send(int to, std::string bytes) override;
     std::optional<RankMessage> Receive() override;
@@ -42,6 +43,7 @@ class MpiRanks final : public Ranks
     int rank;
     int size;
     bool hasJoined{false};
+    bool hasParted{false};
     std::list<Sent> sent;
     RankMessage incoming; // that is on its way
     MPI_Request arriving{MPI_REQUEST_NULL};

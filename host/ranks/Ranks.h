@@ -32,6 +32,9 @@ class Ranks
     /// most of it waiting for the launcher: another thread may get something done meanwhile.
     virtual void Join() {}
 
+    /// After everything below; takes its time as joining does. The destructor does it otherwise.
+    virtual void Part() {}
+
     /// What the leader gives, on every rank.
     virtual std::string FromLeader(std::string bytes) = 0;
     /// Returns at once; messages from one rank to another arrive in their order.

@@ -4,7 +4,7 @@ namespace host
 {
 
 void AnswerLeader(Ranks& ranks,
-                  const std::function<std::string(const std::string& question)>& answer)
+                  const std::function<void(std::string_view question, ByteWriter& answer)>& answer)
 {
     while (true) {
         const std::optional<RankMessage> message = ranks.Receive();
@@ -15,15 +15,14 @@ void AnswerLeader(Ranks& ranks,
         ByteReader reader(message->bytes);
         std::uint64_t round = 0;
         std::uint64_t task = 0;
-        std::string question;
-        if (!reader.Take(round) || !reader.Take(task) || !reader.TakeText(question)) {
+        if (!reader.Take(round) || !reader.Take(task)) {
             ranks.Send(message->from, {}); // dismissed
             return;
         }
         ByteWriter writer;
         writer.Put(round);
         writer.Put(task);
-        writer.PutText(answer(question));
+        answer(reader.Rest(), writer);
         ranks.Send(message->from, writer.Take());
     }
 }

@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -32,7 +33,7 @@ struct SharedWork
     /// Does it on the leader.
     std::function<Result(std::size_t task)> work;
     /// What another rank has answered.
-    std::function<Result(std::size_t task, const std::string& answer)> unpack;
+    std::function<Result(std::size_t task, std::string_view answer)> unpack;
     /// Takes the results in the order of the tasks.
     std::function<void(std::size_t task, Result result)> take;
     /// Asked before anything else is taken or done.
@@ -130,11 +131,9 @@ class WorkLeader
             ByteReader reader(message->bytes);
             std::uint64_t ofRound = 0;
             std::uint64_t task = 0;
-            std::string answer;
-            if (reader.Take(ofRound) && reader.Take(task) && reader.TakeText(answer) &&
-                ofRound == round) {
+            if (reader.Take(ofRound) && reader.Take(task) && ofRound == round) {
                 --asked[static_cast<std::size_t>(message->from)];
-                ready.emplace(task, work.unpack(task, answer));
+                ready.emplace(task, work.unpack(task, reader.Rest()));
             }
         }
     }
@@ -149,7 +148,7 @@ class WorkLeader
         ByteWriter writer;
         writer.Put(round);
         writer.Put(static_cast<std::uint64_t>(task));
-        writer.PutText(text);
+        writer.PutRest(text);
         account.sentBytes += writer.Bytes().size();
         ranks.Send(static_cast<int>(rank), writer.Take());
         ++asked[rank];
@@ -164,7 +163,7 @@ class WorkLeader
 
 /// On the other ranks: answers questions until the leader has no more.
 void AnswerLeader(Ranks& ranks,
-                  const std::function<std::string(const std::string& question)>& answer);
+                  const std::function<void(std::string_view question, ByteWriter& answer)>& answer);
 /// On the leader: no more questions. Lets answers go by that are still to come, and waits for the
 /// others to have done.
 void DismissRanks(Ranks& ranks);

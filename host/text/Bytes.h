@@ -40,6 +40,8 @@ class ByteWriter
         Put(static_cast<std::uint64_t>(text.size()));
         bytes.append(text);
     }
+    /// Without its length: what is read last.
+    void PutRest(std::string_view text) { bytes.append(text); }
 
   private:
     std::string bytes;
@@ -53,6 +55,8 @@ class ByteReader
     explicit ByteReader(std::string_view from) : bytes(from) {}
 
     bool IsAtEnd() const { return next == bytes.size(); }
+    /// What has not been read yet.
+    std::string_view Rest() const { return bytes.substr(next); }
 
     template <class Value>
     bool Take(Value& value)

@@ -109,7 +109,7 @@ std::string ChunkVerification::QuestionOf(const TableChunk& chunk, const PathWin
     return bytes.Take();
 }
 
-std::string ChunkVerification::Answer(const std::string& question)
+std::string ChunkVerification::Answer(std::string_view question)
 {
     ByteReader reader(question);
     TableChunk chunk;
@@ -136,7 +136,7 @@ std::string ChunkVerification::Answer(const std::string& question)
     return bytes.Take();
 }
 
-std::optional<VerifiedRows> ChunkVerification::Unpack(const std::string& answer)
+std::optional<VerifiedRows> ChunkVerification::Unpack(std::string_view answer)
 {
     ByteReader reader(answer);
     VerifiedRows rows;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "table/TableChunk.h"
 #include "table/TableColumns.h"
@@ -32,8 +33,8 @@ class ChunkVerification
 
     /// The same from rank to rank.
     static std::string QuestionOf(const TableChunk& chunk, const PathWindow& path);
-    std::string Answer(const std::string& question);
-    static std::optional<VerifiedRows> Unpack(const std::string& answer);
+    std::string Answer(std::string_view question);
+    static std::optional<VerifiedRows> Unpack(std::string_view answer);
 
   private:
     bool TakeRows(const TableChunk& chunk, const PathWindow& path, Verification& verification);

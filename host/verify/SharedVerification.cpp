@@ -38,7 +38,7 @@ void SharedVerification::Run(TableCutter& cutter, WorkLeader& leader)
         const auto chunk = chunks.find(task);
         return chunk == chunks.end() ? std::nullopt : parts.Verify(chunk->second, path);
     };
-    work.unpack = [](std::size_t /*task*/, const std::string& answer) {
+    work.unpack = [](std::size_t /*task*/, std::string_view answer) {
         return ChunkVerification::Unpack(answer);
     };
     work.take = [&](std::size_t task, const Result& result) {

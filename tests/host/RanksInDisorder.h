@@ -67,8 +67,8 @@ class RanksInDisorder final : public host::Ranks
         }
         OneQuestion one(std::move(waiting[rank].front()));
         waiting[rank].pop_front();
-        host::AnswerLeader(one, [&](const std::string& question) {
-            return answering(static_cast<int>(rank), question);
+        host::AnswerLeader(one, [&](std::string_view question, host::ByteWriter& answer) {
+            answer.PutRest(answering(static_cast<int>(rank), std::string(question)));
         });
         return host::RankMessage{static_cast<int>(rank), one.answer};
     }

@@ -88,6 +88,12 @@ struct Helping
     {
         rig.path.points.clear();
     }
+    std::string Answer(const std::string& question)
+    {
+        host::ByteWriter answer;
+        assistant.Answer(question, answer);
+        return answer.Take();
+    }
     Helping(const Helping&) = delete;
     Helping& operator=(const Helping&) = delete;
 
@@ -105,7 +111,7 @@ std::string PlannedBy(int ranks, unsigned seed, const std::function<PlanRig()>& 
         helping.push_back(std::make_unique<Helping>(make()));
     }
     RanksInDisorder others(ranks, seed, [&](int rank, const std::string& question) {
-        return helping[static_cast<std::size_t>(rank)]->assistant.Answer(question);
+        return helping[static_cast<std::size_t>(rank)]->Answer(question);
     });
     host::WorkLeader leader(others);
     PathPlan plan(RequestOf(rig));
@@ -212,9 +218,8 @@ TEST(SharedPlan, EndsWhenItMayNotGoOnAndGoesOnAlone)
     };
     const PlanRig rig = make();
     Helping help(make());
-    RanksInDisorder others(2, 1, [&](int /*rank*/, const std::string& question) {
-        return help.assistant.Answer(question);
-    });
+    RanksInDisorder others(
+        2, 1, [&](int /*rank*/, const std::string& question) { return help.Answer(question); });
     host::WorkLeader leader(others);
     PathPlan plan(RequestOf(rig));
     EXPECT_FALSE(plan.FindShared(leader, [](std::size_t appended) { return appended < 3; }));
@@ -245,7 +250,7 @@ TEST(WorkLeader, DoesByItselfWhatOthersCannot)
         own.push_back(task);
         return std::to_string(task) + std::to_string(task);
     };
-    work.unpack = [](std::size_t /*task*/, const std::string& answer) { return answer; };
+    work.unpack = [](std::size_t /*task*/, std::string_view answer) { return std::string(answer); };
     work.take = [&](std::size_t /*task*/, std::string result) {
         taken.push_back(std::move(result));
     };

@@ -53,14 +53,16 @@ std::string Message(std::uint64_t round, std::uint64_t task, const std::string& 
     host::ByteWriter bytes;
     bytes.Put(round);
     bytes.Put(task);
-    bytes.PutText(text);
+    bytes.PutRest(text);
     return bytes.Take();
 }
 
 TEST(SharedWork, IsLeftByARankThatSaysSo)
 {
     WaitingRank rank(2, 3, {{0, Message(7, 4, "what")}, {0, {}}, {0, Message(8, 5, "late")}});
-    host::AnswerLeader(rank, [](const std::string& question) { return question + "?"; });
+    host::AnswerLeader(rank, [](std::string_view question, host::ByteWriter& answer) {
+        answer.PutRest(std::string(question) + "?");
+    });
     ASSERT_EQ(rank.sent.size(), 2U);
     EXPECT_EQ(rank.sent[0].from, 0);
     EXPECT_EQ(rank.sent[0].bytes, Message(7, 4, "what?"));
