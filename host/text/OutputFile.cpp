@@ -33,6 +33,20 @@ void RefuseOtherThanFile(const fs::path& target, const fs::path& shown)
     }
 }
 
+constexpr int kReadWriteForAll = 0666; // less what the user's mask takes away
+
+fs::path TemporaryName(const fs::path& target, int number)
+{
+    const std::string tried = number == 0 ? "" : "-" + std::to_string(number);
+    return WithSuffix(target, "." + std::to_string(::getpid()) + tried + ".tmp");
+}
+
+/// Where an open file can be met with that has no name.
+std::string PlaceOf(int descriptor)
+{
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
 fs::path Resolved(const fs::path& path)
 {
     std::error_code error;
@@ -49,14 +63,9 @@ OutputFile::OutputFile(const fs::path& place) : shown(place), target(Resolved(pl
     }
     RefuseOtherThanFile(target, shown);
     RefuseOtherThanFile(WithSuffix(target, ".partial"), WithSuffix(shown, ".partial"));
-    temporary = WithSuffix(target, "." + std::to_string(::getpid()) + ".tmp");
-    constexpr int kReadWriteForAll = 0666; // less what the user's mask takes away
-    const int descriptor =
-        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadWriteForAll);
+    int descriptor = OpenNameless();
     if (descriptor < 0) {
-        const int error = errno;
-        temporary.clear();
-        Refuse(error);
+        descriptor = OpenNamed();
     }
     stream.reset(::fdopen(descriptor, "w"));
     if (stream == nullptr) {
@@ -70,6 +79,49 @@ OutputFile::OutputFile(const fs::path& place) : shown(place), target(Resolved(pl
 OutputFile::~OutputFile()
 {
     Remove();
+}
+
+/// Less than 0 where that is not to be had.
+int OutputFile::OpenNameless()
+{
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    const int descriptor =
+        ::open(folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, kReadWriteForAll);
+    if (descriptor >= 0 && ::access(PlaceOf(descriptor).c_str(), F_OK) != 0) {
+        ::close(descriptor); // it could not be given a name
+        return -1;
+    }
+    return descriptor;
+}
+
+int OutputFile::OpenNamed()
+{
+    temporary = TemporaryName(target, 0);
+    const int descriptor =
+        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadWriteForAll);
+    if (descriptor < 0) {
+        const int error = errno;
+        temporary.clear();
+        Refuse(error);
+    }
+    return descriptor;
+}
+
+/// One that nothing has: what stands there is left alone.
+void OutputFile::GiveName()
+{
+    constexpr int kTries = 100;
+    const std::string from = PlaceOf(::fileno(stream.get()));
+    int error = EEXIST;
+    for (int i = 0; i < kTries && error == EEXIST; ++i) {
+        const fs::path name = TemporaryName(target, i);
+        if (::linkat(AT_FDCWD, from.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+            temporary = name;
+            return;
+        }
+        error = errno;
+    }
+    Refuse(error);
 }
 
 void OutputFile::Write(std::string_view text)
@@ -97,8 +149,13 @@ void OutputFile::Seal()
     if (stream == nullptr) {
         return;
     }
-    if (std::fflush(stream.get()) != 0 || ::fsync(::fileno(stream.get())) != 0 ||
-        std::fclose(stream.release()) != 0) {
+    if (std::fflush(stream.get()) != 0 || ::fsync(::fileno(stream.get())) != 0) {
+        Refuse(errno);
+    }
+    if (temporary.empty()) {
+        GiveName();
+    }
+    if (std::fclose(stream.release()) != 0) {
         Refuse(errno);
     }
 }

@@ -9,8 +9,9 @@
 namespace host
 {
 
-/// A file that appears whole or not at all: written next to its place and moved there at the end.
-/// Without that move the destructor takes it away again.
+/// A file that appears whole or not at all: written without a name, where the file system can do
+/// that, and moved to its place at the end. What is not moved there is gone, however the process
+/// ends. Elsewhere it is written under a name next to its place, and the destructor takes it away.
 class OutputFile
 {
   public:
@@ -35,13 +36,16 @@ class OutputFile
         void operator()(std::FILE* opened) const { std::fclose(opened); }
     };
 
+    int OpenNameless();
+    int OpenNamed();
+    void GiveName();
     void MoveTo(const std::filesystem::path& place);
     void Remove() noexcept;
     [[noreturn]] void Refuse(int error) const;
 
     std::filesystem::path shown; // the target as the user wrote it
     std::filesystem::path target;
-    std::filesystem::path temporary; // empty once it is gone
+    std::filesystem::path temporary; // its name for now; empty where it has none
     std::unique_ptr<std::FILE, Closer> stream;
 };
 

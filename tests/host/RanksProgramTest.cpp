@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -188,12 +189,20 @@ TEST_F(Ranks, LeaveOtherCommandsToOneOfThem)
     EXPECT_EQ(shared.out, Run(0, pose).out);
 }
 
+/// Whether a rank has a file open in the folder that has no name yet.
 bool IsBeingWritten(const fs::path& folder)
 {
-    const fs::directory_iterator entries(folder);
-    return std::any_of(begin(entries), end(entries), [](const fs::directory_entry& entry) {
-        return entry.path().extension() == ".tmp";
-    });
+    for (const pid_t rank : test::RanksIn(folder)) {
+        std::error_code gone;
+        for (const fs::directory_entry& open :
+             fs::directory_iterator("/proc/" + std::to_string(rank) + "/fd", gone)) {
+            const std::string place = fs::read_symlink(open.path(), gone).string();
+            if (place.find(folder.string()) == 0 && place.find(" (deleted)") != std::string::npos) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 TEST_F(Ranks, LeaveWhatIsDoneWhenOneOfThemDies)
