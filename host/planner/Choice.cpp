@@ -77,12 +77,16 @@ void MotionRules::Vary(StateList& states, std::size_t first, std::size_t axis)
 {
     constexpr std::size_t kMostStates = 64; // of a candidate
     const std::size_t images = states.images.size();
+    if (images == 1) {
+        for (std::size_t i = first; i < states.size(); ++i) {
+            states.At(i).joints[axis] = states.images.front();
+        }
+        return;
+    }
     const std::size_t count = std::min((states.size() - first) * images, kMostStates);
     states.Resize(std::max(states.size(), first + count));
     for (std::size_t i = count; i-- > 0;) { // from behind: what is still to be copied comes before
-        if (images > 1) {
-            states.At(first + i) = states.At(first + i / images);
-        }
+        states.At(first + i) = states.At(first + i / images);
         states.At(first + i).joints[axis] = states.images[i % images];
     }
     states.Resize(first + count);
@@ -346,7 +350,7 @@ Passage Choice::PassageTo(std::size_t point) const
         return Passage::Straight;
     }
     const MotionState state = Remember(point);
-    return rules.PassageOn(rules.WayBetween(*from, point).kind, Remember(*from), state,
+    return rules.PassageOn(rules.KindBetween(*from, point), Remember(*from), state,
                            candidates.ParentAt(point, state.candidate));
 }
 

@@ -100,6 +100,7 @@ class MotionRules
     void FindStates(const CandidateTable& candidates, std::size_t point, std::size_t candidate,
                     StateList& states) const;
     Way WayBetween(std::size_t from, std::size_t to) const;
+    WayKind KindBetween(std::size_t from, std::size_t to) const;
     /// @param parent the candidate of the point before that the one of `to` continues
     Passage PassageOn(WayKind kind, const MotionState& from, const MotionState& to,
                       int parent) const;
@@ -119,7 +120,6 @@ class MotionRules
     };
     bool HasRoomToTurnBack(const MotionState& from, const MotionState& to) const;
     static double Turn(const RotaryAxis& axis, const JointValues& from, const JointValues& to);
-    WayKind KindBetween(std::size_t from, std::size_t to) const;
     void FindImages(std::size_t i, double value, std::vector<double>& images) const;
     void AddStates(const CandidateTable& candidates, std::size_t point, std::size_t candidate,
                    StateList& states) const;

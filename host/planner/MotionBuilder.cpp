@@ -380,8 +380,8 @@ void MotionBuilder::NotePole(std::size_t point)
     const Vec3 direction = place.PointAt(point).direction;
     const bool isThere = place.IsInPoleCone(direction);
     const bool isPassed = now.isFollowed && !place.IsFreeWay(point) && place.Pair() &&
-                          place.Pair()->AngleToPole(place.PointAt(point - 1).direction,
-                                                    direction) <= place.Options().poleCone;
+                          place.Pair()->PassesPole(place.PointAt(point - 1).direction, direction,
+                                                   place.Options().poleCone);
     if ((isThere || isPassed) && !now.isInCone) {
         Report(EventKind::Pole, point,
                "the tool comes within " + DecimalText(ToDegrees(place.Options().poleCone)) +

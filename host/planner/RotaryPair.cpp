@@ -171,4 +171,32 @@ double RotaryPair::AngleToPole(const Vec3& from, const Vec3& to) const
     return least;
 }
 
+/// By the cosine, which is at least 1 - angle^2 / 2; what is close to that is not plain.
+bool RotaryPair::IsPlainlyBeyond(double angle, const Vec3& direction) const
+{
+    constexpr double kClose = 1e-9;
+    return std::fabs(Dot(u, direction)) < 1.0 - angle * angle / 2.0 - kClose;
+}
+
+bool RotaryPair::IsNearPole(const Vec3& direction, double within) const
+{
+    return !IsPlainlyBeyond(within, direction) && AngleToPole(direction) <= within;
+}
+
+/// On its way the angle is less than at both ends by no more than half the turn, which for turns up
+/// to a right angle is less than this share of the chord.
+bool RotaryPair::PassesPole(const Vec3& from, const Vec3& to, double within) const
+{
+    constexpr double kHalfTurnOfChord = 0.6;
+    constexpr double kLeastChord = 1e-8; // below, the plane of the turn is not plain
+    const double chord = Length(to - from);
+    if (Dot(from, to) >= 0.0 && (chord == 0.0 || chord >= kLeastChord)) {
+        const double reach = within + kHalfTurnOfChord * chord;
+        if (IsPlainlyBeyond(reach, from) && IsPlainlyBeyond(reach, to)) {
+            return false;
+        }
+    }
+    return AngleToPole(from, to) <= within;
+}
+
 } // namespace host

@@ -49,8 +49,14 @@ class RotaryPair
     double AngleToPole(const Vec3& direction) const;
     /// The least such angle on the turn that the path takes from one direction to the other [rad].
     double AngleToPole(const Vec3& from, const Vec3& to) const;
+    /// Whether that angle is no more than `within` [rad]. Most directions are plainly farther away,
+    /// which is quickly seen.
+    bool IsNearPole(const Vec3& direction, double within) const;
+    bool PassesPole(const Vec3& from, const Vec3& to, double within) const;
 
   private:
+    bool IsPlainlyBeyond(double angle, const Vec3& direction) const;
+
     std::size_t firstAxis{0};
     std::size_t secondAxis{0};
     Vec3 u{};

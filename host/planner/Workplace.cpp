@@ -63,17 +63,17 @@ double Workplace::HoldAngle() const
 
 bool Workplace::IsAtPole(const Vec3& direction) const
 {
-    return pair && pair->AngleToPole(direction) <= HoldAngle();
+    return pair && pair->IsNearPole(direction, HoldAngle());
 }
 
 bool Workplace::PassesPole(const Vec3& from, const Vec3& to) const
 {
-    return pair && pair->AngleToPole(from, to) <= HoldAngle();
+    return pair && pair->PassesPole(from, to, HoldAngle());
 }
 
 bool Workplace::IsInPoleCone(const Vec3& direction) const
 {
-    return pair && pair->AngleToPole(direction) <= options.poleCone;
+    return pair && pair->IsNearPole(direction, options.poleCone);
 }
 
 bool Workplace::SolveAtPole(std::size_t point, const CutterLocation& at, double first,

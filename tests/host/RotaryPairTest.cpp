@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -366,6 +367,46 @@ TEST(RotaryPair, CountsTheAxesThatAreNotLocked)
     EXPECT_NEAR(ToDegrees(rig.pair->AngleToPole(Tilted(20, 180))), 0, kExact_deg);
     EXPECT_NEAR(ToDegrees(rig.pair->AngleToPole(Tilted(0, 0))), 20, kExact_deg);
     ExpectAngles(rig.pair->Directing(Tilted(50, 180)).at(0), -90, 30);
+}
+
+// Near the pole ------------------------------------------------------------------------------
+
+/// The quick answers are those of the angle itself, near the bound and far from it.
+TEST(RotaryPair, KnowsWithoutTheAngleWhatIsFarFromThePole)
+{
+    std::mt19937 random(20261122);
+    std::uniform_real_distribution<double> share(0.0, 1.0);
+    const auto near = [&](double bound) { // mostly within a hair of the bound, or anywhere
+        const double off = std::pow(10.0, -16.0 * share(random)) * (share(random) < 0.5 ? 1 : -1);
+        return share(random) < 0.8 ? bound * (1.0 + off) : host::kPi * share(random);
+    };
+    std::size_t numNear = 0;
+    std::size_t numPassing = 0;
+    for (const std::string& machine : {TableTable(), HeadTable(), HeadHead(), Nutating()}) {
+        const Rig rig(machine);
+        // Where the first axis leaves the tool: the pole is its direction there.
+        const Vec3 pole = Tilted(0, 0);
+        ASSERT_NEAR(rig.pair->AngleToPole(pole), 0.0, 1e-12);
+        for (int i = 0; i < 20000; ++i) {
+            const double within = std::pow(10.0, -5.0 * share(random));
+            const double azimuth = 360.0 * share(random);
+            const Vec3 from = Tilted(ToDegrees(near(within)), azimuth);
+            const double step = 180.0 * std::pow(10.0, -12.0 * share(random));
+            const Vec3 to = Tilted(ToDegrees(near(within)), azimuth + step);
+            const bool isNear = rig.pair->AngleToPole(from) <= within;
+            const bool passes = rig.pair->AngleToPole(from, to) <= within;
+            ASSERT_EQ(rig.pair->IsNearPole(from, within), isNear) << machine << i;
+            ASSERT_EQ(rig.pair->PassesPole(from, to, within), passes) << machine << i;
+            ASSERT_EQ(rig.pair->PassesPole(from, from, within),
+                      rig.pair->AngleToPole(from, from) <= within);
+            numNear += isNear ? 1 : 0;
+            numPassing += passes ? 1 : 0;
+        }
+    }
+    EXPECT_GT(numNear, 20000U);
+    EXPECT_LT(numNear, 60000U);
+    EXPECT_GT(numPassing, numNear);
+    EXPECT_LT(numPassing, 70000U);
 }
 
 } // namespace
