@@ -19,12 +19,12 @@ namespace host
 namespace
 {
 
-ExitCode Run(const SolveOptions& options, std::ostream& out, std::ostream& err)
+ExitCode RunCommand(const SolveOptions& options, std::ostream& out, std::ostream& err)
 {
     return Solve(options, out, err);
 }
 
-ExitCode Run(const VerifyOptions& options, std::ostream& out, std::ostream& err)
+ExitCode RunCommand(const VerifyOptions& options, std::ostream& out, std::ostream& err)
 {
     return Verify(options, out, err);
 }
@@ -84,7 +84,8 @@ JobResult RunJob(const JobOptions& job)
     Collected err;
     try {
         result.code = std::visit(
-            [&](const auto& options) { return Run(options, out.Stream(), err.Stream()); }, job);
+            [&](const auto& options) { return RunCommand(options, out.Stream(), err.Stream()); },
+            job);
     } catch (const std::bad_alloc&) {
         result.fault = kNotEnoughMemory;
     } catch (const std::exception& error) {

@@ -42,12 +42,6 @@ namespace
 
 namespace fs = std::filesystem;
 
-fs::path WithSuffix(fs::path path, const char* suffix)
-{
-    path += suffix;
-    return path;
-}
-
 std::string BytesOf(const std::string& machineText, const Toolpath& path)
 {
     ByteWriter bytes;
@@ -57,7 +51,7 @@ std::string BytesOf(const std::string& machineText, const Toolpath& path)
 }
 
 /// What a run reads.
-struct Sources
+struct SolveSources
 {
     std::string machineText;
     LoadedMachine machine;
@@ -66,7 +60,7 @@ struct Sources
 };
 
 /// Where there are other ranks they are joined in the meantime.
-Sources ReadSources(const SolveOptions& options, Ranks& ranks, std::ostream& warnings)
+SolveSources ReadSources(const SolveOptions& options, Ranks& ranks, std::ostream& warnings)
 {
     const WatchedFile machineFile(options.machine.file);
     const WatchedFile pathFile(options.toolpath.file);
@@ -79,10 +73,10 @@ Sources ReadSources(const SolveOptions& options, Ranks& ranks, std::ostream& war
         LoadedMachine machine = AssembleMachine(
             DescriptionFromText(machineText, options.machine.file, options.machine.links));
         Toolpath path = ReadPath(options.toolpath, machine.length, warnings);
-        return Sources{std::move(machineText), std::move(machine), std::move(path), {}};
+        return SolveSources{std::move(machineText), std::move(machine), std::move(path), {}};
     });
     ranks.Join();
-    Sources sources = reading.get();
+    SolveSources sources = reading.get();
     sources.digests = digesting.get();
     machineFile.CheckUnchanged();
     pathFile.CheckUnchanged();
@@ -189,7 +183,7 @@ class PathRun
         outputs.Finish(report);
         std::error_code ignored; // what an earlier, interrupted run has left
         fs::remove(checkpoint, ignored);
-        fs::remove(WithSuffix(options.output, ".partial"), ignored);
+        fs::remove(PartialOf(options.output), ignored);
     }
 
     const Summary& Result() const { return summary; }
@@ -286,7 +280,7 @@ ExitCode SolveShared(const SolveOptions& options, Ranks& ranks, std::ostream& ou
     if (options.report) {
         PageFor("--report", options.page);
     }
-    Sources sources = ReadSources(options, ranks, err);
+    SolveSources sources = ReadSources(options, ranks, err);
     RefuseOverwriting(FilesOf(options));
     const PlanRequest request = RequestFrom(options, sources.machine, sources.path, err);
     helpers.Share([&] { return BytesOf(sources.machineText, sources.path); });

@@ -23,7 +23,7 @@ UsedFiles FilesOf(const SolveOptions& options)
     UsedFiles files;
     files.read = {options.machine.file, options.toolpath.file};
     files.results = {options.output};
-    files.interim = {WithSuffix(options.output, ".partial"), CheckpointOf(options.output)};
+    files.interim = {PartialOf(options.output), CheckpointOf(options.output)};
     if (options.gcode) {
         files.read.emplace_back(options.dialect);
         files.results.push_back(*options.gcode);
@@ -40,6 +40,11 @@ UsedFiles FilesOf(const SolveOptions& options)
 UsedFiles FilesOf(const VerifyOptions& options)
 {
     return {{options.machine.file, options.toolpath.file, options.table}, {}, {}};
+}
+
+fs::path PartialOf(const fs::path& table)
+{
+    return WithSuffix(table, ".partial");
 }
 
 fs::path CheckpointOf(const fs::path& table)

@@ -21,7 +21,9 @@ struct UsedFiles
 UsedFiles FilesOf(const SolveOptions& options);
 UsedFiles FilesOf(const VerifyOptions& options);
 
-/// What stands next to a table of joints where its run was interrupted.
+// What stands next to a table of joints where its run was interrupted: its rows so far, and what it
+// takes to go on.
+std::filesystem::path PartialOf(const std::filesystem::path& table);
 std::filesystem::path CheckpointOf(const std::filesystem::path& table);
 
 /// Throws InputError where one of those that are written is another of them.

@@ -191,14 +191,14 @@ ExitCode Help(const VerifyOptions& options, Ranks& ranks)
 }
 
 /// What a run reads before the table.
-struct Sources
+struct VerifySources
 {
     std::string machineText;
     LoadedMachine machine;
     Toolpath path;
 };
 
-Sources ReadSources(const VerifyOptions& options, std::ostream& warnings)
+VerifySources ReadSources(const VerifyOptions& options, std::ostream& warnings)
 {
     std::string machineText = ReadMachineText(options.machine.file);
     LoadedMachine machine = MachineFrom(machineText, options.machine);
@@ -284,7 +284,7 @@ ExitCode VerifyShared(const VerifyOptions& options, Ranks& ranks, std::ostream& 
     }
     const auto start = std::chrono::steady_clock::now();
     Helpers helpers(ranks);
-    Sources sources = ReadWhileJoining(ranks, [&] { return ReadSources(options, err); });
+    VerifySources sources = ReadWhileJoining(ranks, [&] { return ReadSources(options, err); });
     const Toolpath& path = sources.path;
     const VerificationRequest request = RequestFrom(options, sources.machine, path);
     const std::string table = options.table.string();

@@ -216,7 +216,8 @@ TEST(SharedJobs, DoNotBeginOnceTheyMayNotGoOnAndAreAskedToEnd)
             leader.Run(jobs.shared, kForever);
             EXPECT_EQ(jobs.begun.size(), jobs.taken.size());
             EXPECT_GE(jobs.taken.size(), 5U);
-            // Four are taken, three come at once, three more are handed out, and the leader has one.
+            // Four are taken, three come at once, three more are handed out, and the leader has
+            // one.
             EXPECT_LE(jobs.taken.size(), 4U + 3U + 3U + 1U);
             const auto isEnded = [](const auto& one) { return one.second.find("ended ") == 0; };
             const auto ended = std::find_if(jobs.taken.begin(), jobs.taken.end(), isEnded);
