@@ -17,7 +17,7 @@ namespace
 namespace fs = std::filesystem;
 
 constexpr std::string_view kFormat = "trunnion batch 1";
-constexpr TextBounds kBounds{64UL * 1024 * 1024, 256};
+constexpr TextBounds kRecordBounds{64UL * 1024 * 1024, 256};
 
 std::optional<ExitCode> CodeFrom(std::string_view text)
 {
@@ -38,7 +38,7 @@ void BatchRecord::Load()
         return;
     }
     std::ifstream in = OpenInput(file);
-    LineReader reader(in, file.string(), kBounds);
+    LineReader reader(in, file.string(), kRecordBounds);
     const auto refuse = [&] {
         throw InputError(file.string(), "a batch notes in this file what is done, and it holds "
                                         "something else; move it away");
