@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include "BegunJobs.h"
 #include "MillText.h"
 #include "Paths.h"
 #include "Process.h"
@@ -398,7 +399,7 @@ TEST_F(BatchProgram, GoesOnWhereItWasInterrupted)
                              "solve mill.toml long.cl -o b.csv --quiet\n"
                              "solve mill.toml part.cl -o c.csv --quiet\n");
     Process process(Command({"batch", "jobs.txt"}), folder.Path());
-    ASSERT_TRUE(process.WaitForError("point 2 failed"));
+    ASSERT_TRUE(test::WaitUntilBegun(process, folder.Path(), 2));
     process.Send(SIGINT);
     const Outcome interrupted = process.Wait();
     EXPECT_EQ(interrupted.code, 130);
@@ -441,7 +442,7 @@ TEST_F(BatchProgram, BeginsAnInterruptedJobAnewThatIsNotTheSame)
     const std::string jobs = "solve mill.toml far.cl -o a.csv\nsolve mill.toml long.cl -o b.csv";
     folder.Write("jobs.txt", jobs);
     Process process(Command({"batch", "jobs.txt"}), folder.Path());
-    ASSERT_TRUE(process.WaitForError("point 2 failed"));
+    ASSERT_TRUE(test::WaitUntilBegun(process, folder.Path(), 2));
     process.Send(SIGINT);
     EXPECT_EQ(process.Wait().code, 130);
     ASSERT_TRUE(IsThere("b.csv.resume"));
@@ -461,7 +462,7 @@ TEST_F(BatchProgram, InterruptsAVerificationToo)
     folder.Write("jobs.txt", "solve mill.toml far.cl -o a.csv\n"
                              "verify mill.toml long.cl given.csv --samples 200\n");
     Process process(Command({"batch", "jobs.txt"}), folder.Path());
-    ASSERT_TRUE(process.WaitForError("point 2 failed"));
+    ASSERT_TRUE(test::WaitUntilBegun(process, folder.Path(), 2));
     process.Send(SIGINT);
     const Outcome interrupted = process.Wait();
     EXPECT_EQ(interrupted.code, 130);

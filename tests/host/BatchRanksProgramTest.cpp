@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "BegunJobs.h"
 #include "MillText.h"
 #include "Mpirun.h"
 #include "Paths.h"
@@ -155,7 +156,7 @@ TEST_F(BatchRanks, GoOnWhereTheyWereInterrupted)
                              "solve mill.toml long.cl -o d.csv --quiet --points-only\n"
                              "solve mill.toml far.cl -o e.csv --quiet\n");
     Process process(test::Started(2, {"batch", "jobs.txt"}, kImpatient), folder.Path());
-    ASSERT_TRUE(process.WaitForError("point 2 failed"));
+    ASSERT_TRUE(test::WaitUntilBegun(process, folder.Path(), 3));
     const std::vector<pid_t> ranks = test::RanksIn(folder.Path());
     ASSERT_EQ(ranks.size(), 2U);
     ::kill(ranks.front(), SIGTERM); // the leader tells the other
@@ -192,7 +193,7 @@ TEST_F(BatchRanks, KeepWhatIsDoneWhenOneOfThemDies)
                              "solve mill.toml long.cl -o c.csv --quiet --radians\n");
     constexpr int kPatience_s = 1;
     Process process(test::Started(2, {"batch", "jobs.txt"}, kPatience_s), folder.Path());
-    ASSERT_TRUE(process.WaitForError("point 2 failed"));
+    ASSERT_TRUE(test::WaitUntilBegun(process, folder.Path(), 3));
     const std::vector<pid_t> ranks = test::RanksIn(folder.Path());
     ASSERT_EQ(ranks.size(), 2U);
     ::kill(ranks.back(), SIGKILL);

@@ -111,6 +111,17 @@ bool Process::WaitForError(const std::string& text)
     return true;
 }
 
+bool Process::WaitUntil(const std::function<bool()>& isSo)
+{
+    constexpr int kPause_ms = 1;
+    while (!isSo()) {
+        if (!Collect(kPause_ms)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 void Process::Send(int signal) const
 {
     ::kill(child, signal);
@@ -127,13 +138,13 @@ Outcome Process::Wait()
     return outcome;
 }
 
-bool Process::Collect()
+bool Process::Collect(int timeout_ms)
 {
     std::array<pollfd, 2> ends{{{outEnd, POLLIN, 0}, {errEnd, POLLIN, 0}}}; // -1 is skipped
     if (outEnd < 0 && errEnd < 0) {
         return false;
     }
-    if (::poll(ends.data(), ends.size(), -1) > 0) {
+    if (::poll(ends.data(), ends.size(), timeout_ms) > 0) {
         if (ends[0].revents != 0) {
             Drain(outEnd, outcome.out);
         }

@@ -2,6 +2,7 @@
 #define TRUNNION_TESTS_HOST_PROCESS_H
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -33,12 +34,15 @@ class Process
 
     /// Waits until standard error has said `text`, or has ended without it (false).
     bool WaitForError(const std::string& text);
+    /// Waits until something outside the program's output is so, or the program has ended (false).
+    bool WaitUntil(const std::function<bool()>& isSo);
     void Send(int signal) const;
     Outcome Wait();
 
   private:
-    /// Takes what comes next from the program; false once both outputs have ended.
-    bool Collect();
+    /// Takes what comes next from the program, if it comes in time; false once both outputs have
+    /// ended.
+    bool Collect(int timeout_ms = -1);
 
     pid_t child{-1};
     int outEnd{-1};
