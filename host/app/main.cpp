@@ -1,13 +1,21 @@
 // The trunnion program: joint values for toolpaths and poses, and poses for joint values.
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <new>
+#include <string>
+#include <string_view>
 
 #include <fcntl.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -106,12 +114,8 @@ host::JobReader ReaderForBatch(host::SolveOptions usual, const char* program)
     return host::ReaderOfJobs(usual);
 }
 
-host::ExitCode Run(int argc, char** argv)
+host::ExitCode RunCommand(int argc, char** argv, host::Ranks& ranks)
 {
-    const std::unique_ptr<host::Ranks> ranks = host::RanksOfLauncher();
-    if (!ranks->Leads()) {
-        FallSilent();
-    }
     CLI::App app("Inverse and forward kinematics of machine tools", "trunnion");
     app.set_version_flag("--version", std::string("trunnion ") + host::kVersion);
     app.require_subcommand(1);
@@ -142,18 +146,18 @@ host::ExitCode Run(int argc, char** argv)
         return app.exit(answer) == 0 ? host::kExitOk : host::kExitBadInput;
     }
     if (app.got_subcommand("batch")) { // each rank has runs of its own to end
-        return host::Batch(batch, *ranks, std::cout, std::cerr);
+        return host::Batch(batch, ranks, std::cout, std::cerr);
     }
-    if (!ranks->Leads()) {
+    if (!ranks.Leads()) {
         LeaveSignalsToLeader();
     }
     if (app.got_subcommand("solve")) {
-        return host::SolveShared(solve, *ranks, std::cout, std::cerr);
+        return host::SolveShared(solve, ranks, std::cout, std::cerr);
     }
     if (app.got_subcommand("verify")) {
-        return host::VerifyShared(verify, *ranks, std::cout, std::cerr);
+        return host::VerifyShared(verify, ranks, std::cout, std::cerr);
     }
-    if (!ranks->Leads()) {
+    if (!ranks.Leads()) {
         return host::kExitOk; // the other commands are a matter of moments
     }
     if (app.got_subcommand("check")) {
@@ -164,6 +168,48 @@ host::ExitCode Run(int argc, char** argv)
     }
     return app.got_subcommand("pose") ? host::Pose(pose, std::cout, std::cerr)
                                       : host::ListBranches(branches, std::cout, std::cerr);
+}
+
+/// Where the stream is silent, in one piece among what others say, and without memory.
+void SayAsRank(int rank, std::string_view sentence)
+{
+    std::array<char, std::numeric_limits<int>::digits10 + 2> digits{};
+    const std::to_chars_result number =
+        std::to_chars(digits.data(), digits.data() + digits.size(), rank);
+    const std::array<std::string_view, 5> parts{
+        "trunnion: rank ",
+        {digits.data(), static_cast<std::size_t>(number.ptr - digits.data())},
+        ": ",
+        sentence,
+        "\n"};
+    std::array<iovec, parts.size()> pieces{};
+    std::transform(parts.begin(), parts.end(), pieces.begin(), [](std::string_view part) {
+        return iovec{const_cast<char*>(part.data()), part.size()};
+    });
+    // Whoever does not hear it still sees the run end.
+    [[maybe_unused]] const ssize_t written =
+        ::writev(STDERR_FILENO, pieces.data(), static_cast<int>(pieces.size()));
+}
+
+/// On a rank that does not lead. The leader waits for it: where it cannot go on, none can.
+host::ExitCode Follow(int argc, char** argv, host::Ranks& ranks)
+{
+    FallSilent();
+    try {
+        return RunCommand(argc, argv, ranks);
+    } catch (const std::bad_alloc&) {
+        SayAsRank(ranks.Rank(), "there is not enough memory; free some, or start fewer ranks");
+    } catch (const std::exception& error) {
+        SayAsRank(ranks.Rank(), error.what());
+    }
+    ranks.Abort(host::kExitBadInput);
+    return host::kExitBadInput;
+}
+
+host::ExitCode Run(int argc, char** argv)
+{
+    const std::unique_ptr<host::Ranks> ranks = host::RanksOfLauncher();
+    return ranks->Leads() ? RunCommand(argc, argv, *ranks) : Follow(argc, argv, *ranks);
 }
 
 /// What is said on a stream that the caller has closed must not get into a file that was opened

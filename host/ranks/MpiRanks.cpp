@@ -39,7 +39,7 @@ void MpiRanks::Join()
         std::cerr << "trunnion: this is rank " << ownRank << " of " << ownSize
                   << ", and the launcher called it " << rank << " of " << size
                   << "; build with the MPI that the launcher belongs to\n";
-        MPI_Abort(MPI_COMM_WORLD, 2);
+        Abort(2);
     }
 }
 
@@ -54,6 +54,14 @@ void MpiRanks::Part()
     }
     MPI_Finalize();
     hasParted = true;
+}
+
+void MpiRanks::Abort(int code)
+{
+    if (hasJoined && !hasParted) {
+        MPI_Abort(MPI_COMM_WORLD, code);
+    }
+    Ranks::Abort(code);
 }
 
 std::string MpiRanks::FromLeader(std::string bytes)

@@ -25,6 +25,7 @@ class MpiRanks final : public Ranks
     int Size() const override { return size; }
     void Join() override;
     void Part() override;
+    void Abort(int code) override;
     std::string FromLeader(std::string bytes) override;
     void Send(int to, std::string bytes) override;
     std::optional<RankMessage> Receive() override;

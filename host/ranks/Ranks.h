@@ -1,6 +1,7 @@
 #ifndef TRUNNION_HOST_RANKS_RANKS_H
 #define TRUNNION_HOST_RANKS_RANKS_H
 
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,10 @@ class Ranks
 
     /// After everything below; takes its time as joining does. The destructor does it otherwise.
     virtual void Part() {}
+
+    /// Ends the run, for a rank that cannot go on: the others would wait for it. Where they are not
+    /// joined, the launcher finds that this one has failed. Does not return.
+    virtual void Abort(int code) { std::_Exit(code); }
 
     /// What the leader gives, on every rank.
     virtual std::string FromLeader(std::string bytes) = 0;

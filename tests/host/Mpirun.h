@@ -16,7 +16,11 @@ namespace test
 std::vector<std::string> Started(int ranks, const std::vector<std::string>& arguments,
                                  int patience_s = 1);
 
-/// The processes that mpirun has started in a folder, the leader first.
+/// Each rank with a command of its own.
+std::vector<std::string> StartedApart(const std::vector<std::vector<std::string>>& commands,
+                                      int patience_s = 1);
+
+/// The processes that mpirun has started in a folder, by rank.
 std::vector<pid_t> RanksIn(const std::filesystem::path& folder);
 
 } // namespace test

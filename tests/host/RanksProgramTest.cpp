@@ -1,7 +1,6 @@
 // The program started by mpirun, as several processes that share a run.
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <filesystem>
@@ -9,7 +8,6 @@
 #include <sstream>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -18,6 +16,7 @@
 #include "Paths.h"
 #include "Process.h"
 #include "TempFolder.h"
+#include "toolpath/Toolpath.h"
 
 namespace
 {
@@ -61,12 +60,12 @@ class Ranks : public testing::Test
     {
         return test::ContentOf(folder.Path() / name);
     }
-    /// Waves on a slope: so many points that a run takes a while.
-    void WriteLongPath() const
+    /// Waves on a slope.
+    void WriteLongPath(int numPoints) const
     {
         std::ostringstream path;
         path << "UNITS/MM\nMULTAX/ON\nFEDRAT/1000\n";
-        for (int i = 0; i < 60000; ++i) {
+        for (int i = 0; i < numPoints; ++i) {
             const double tilt = 0.3 + 0.1 * std::sin(0.001 * i);
             path << "GOTO/" << 40.0 * std::sin(0.0007 * i) << "," << 40.0 * std::cos(0.0005 * i)
                  << ",10," << std::sin(tilt) * std::cos(0.0002 * i) << ","
@@ -207,14 +206,11 @@ bool IsBeingWritten(const fs::path& folder)
 
 TEST_F(Ranks, LeaveWhatIsDoneWhenOneOfThemDies)
 {
-    WriteLongPath();
+    WriteLongPath(60000); // so many that a run takes a while
     const std::vector<std::string> solve{"solve", Sample("machines/trunnion-ac.toml"), "long.cl",
                                          "-o", "table.csv"};
-    Process run(test::Started(3, solve, 4), folder.Path());
-    while (!IsBeingWritten(folder.Path())) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    Process run(test::Started(3, solve, 2), folder.Path());
+    ASSERT_TRUE(run.WaitUntil([&] { return IsBeingWritten(folder.Path()); }));
     const std::vector<pid_t> ranks = test::RanksIn(folder.Path());
     ASSERT_EQ(ranks.size(), 3U);
     ::kill(ranks.back(), SIGKILL);
@@ -229,6 +225,93 @@ TEST_F(Ranks, LeaveWhatIsDoneWhenOneOfThemDies)
     const std::string resumed = Content("table.csv");
     ASSERT_EQ(Run(0, solve).code, 0);
     EXPECT_EQ(resumed, Content("table.csv"));
+}
+
+TEST_F(Ranks, LeaveWhatIsDoneWhenOneOfThemHasTooLittleMemory)
+{
+    if (test::kIsSanitized) {
+        GTEST_SKIP() << "a sanitizer takes memory of its own";
+    }
+    // So far from each other that each stretch of 128 points takes tens of thousands of rows.
+    std::ostringstream path;
+    path << "UNITS/MM\nMULTAX/ON\nFEDRAT/1000\n";
+    for (int i = 0; i < 300; ++i) {
+        const double tilt = 0.3 + 0.1 * std::sin(0.9 * i);
+        path << "GOTO/" << 40.0 * std::sin(0.7 * i) << "," << 40.0 * std::cos(0.5 * i) << ",10,"
+             << std::sin(tilt) * std::cos(0.25 * i) << "," << std::sin(tilt) * std::sin(0.25 * i)
+             << "," << std::cos(tilt) << "\n";
+    }
+    folder.Write("wide.cl", path.str());
+    const std::vector<std::string> solve{"solve",     Sample("machines/trunnion-ac.toml"),
+                                         "wide.cl",   "--linear-tol",
+                                         "3e-5",      "-o",
+                                         "table.csv", "--quiet"};
+    std::vector<std::string> command = solve;
+    command.insert(command.begin(), test::kProgram);
+    // 90 MB: to join takes 60 and to build the rows 130.
+    std::vector<std::string> poor{"/bin/sh", "-c", "ulimit -d 90000; exec \"$0\" \"$@\""};
+    poor.insert(poor.end(), command.begin(), command.end());
+    std::vector<std::string> launch = test::StartedApart({command, poor}, 2);
+    launch.insert(launch.begin(), {"/usr/bin/timeout", "60"}); // else it ends with code 124
+    const Outcome ended = Process(launch, folder.Path()).Wait();
+    EXPECT_EQ(ended.code, 2);
+    EXPECT_NE(("\n" + ended.err)
+                  .find("\ntrunnion: rank 1: there is not enough memory; free some, or start fewer "
+                        "ranks\n"),
+              std::string::npos)
+        << ended.err;
+    EXPECT_NE(ended.err.find("interrupted after "), std::string::npos) << ended.err;
+    EXPECT_EQ(folder.Names(),
+              (std::vector<std::string>{"table.csv.partial", "table.csv.resume", "wide.cl"}));
+
+    std::vector<std::string> resume = solve;
+    resume.emplace_back("--resume");
+    ASSERT_EQ(Run(2, resume).code, 0);
+    const std::string resumed = Content("table.csv");
+    ASSERT_EQ(Run(0, solve).code, 0);
+    EXPECT_EQ(resumed, Content("table.csv"));
+}
+
+class RanksMemory : public Ranks
+{
+  protected:
+    /// The most that each of two ranks holds during a run. [bytes]
+    std::vector<long> MostHeld(int numPoints) const
+    {
+        WriteLongPath(numPoints);
+        folder.Write("held.py",
+                     "import os, resource, subprocess, sys\n"
+                     "code = subprocess.call(sys.argv[1:])\n"
+                     "held = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss\n"
+                     "with open('held' + os.environ['OMPI_COMM_WORLD_RANK'], 'w') as to:\n"
+                     "    to.write(str(held * 1024))\n"
+                     "sys.exit(code)\n");
+        const std::vector<std::string> measured{test::kPython,
+                                                "held.py",
+                                                test::kProgram,
+                                                "solve",
+                                                Sample("machines/trunnion-ac.toml"),
+                                                "long.cl",
+                                                "--quiet",
+                                                "-o",
+                                                "table.csv"};
+        EXPECT_EQ(Process(test::StartedApart({measured, measured}), folder.Path()).Wait().code, 0);
+        return {std::stol(Content("held0")), std::stol(Content("held1"))};
+    }
+};
+
+TEST_F(RanksMemory, DoesNotGrowWithThePathWhereTheyDoNotLead)
+{
+    if (test::kIsSanitized) {
+        GTEST_SKIP() << "a sanitizer takes memory of its own";
+    }
+    constexpr int kFew = 10000;
+    constexpr int kMany = 110000;
+    constexpr long kOfPoints = (kMany - kFew) * static_cast<long>(sizeof(host::ToolPoint));
+    const std::vector<long> few = MostHeld(kFew);
+    const std::vector<long> many = MostHeld(kMany);
+    EXPECT_GT(many[0] - few[0], kOfPoints);
+    EXPECT_LT(many[1] - few[1], kOfPoints / 5);
 }
 
 } // namespace
