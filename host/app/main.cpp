@@ -1,21 +1,14 @@
 // The trunnion program: joint values for toolpaths and poses, and poses for joint values.
 
-#include <algorithm>
-#include <array>
-#include <charconv>
 #include <csignal>
-#include <cstddef>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
-#include <limits>
 #include <memory>
 #include <new>
 #include <string>
-#include <string_view>
 
 #include <fcntl.h>
-#include <sys/uio.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -170,37 +163,30 @@ host::ExitCode RunCommand(int argc, char** argv, host::Ranks& ranks)
                                       : host::ListBranches(branches, std::cout, std::cerr);
 }
 
-/// Where the stream is silent, in one piece among what others say, and without memory.
-void SayAsRank(int rank, std::string_view sentence)
+std::string SentenceOfRank(int rank, const std::string& sentence)
 {
-    std::array<char, std::numeric_limits<int>::digits10 + 2> digits{};
-    const std::to_chars_result number =
-        std::to_chars(digits.data(), digits.data() + digits.size(), rank);
-    const std::array<std::string_view, 5> parts{
-        "trunnion: rank ",
-        {digits.data(), static_cast<std::size_t>(number.ptr - digits.data())},
-        ": ",
-        sentence,
-        "\n"};
-    std::array<iovec, parts.size()> pieces{};
-    std::transform(parts.begin(), parts.end(), pieces.begin(), [](std::string_view part) {
-        return iovec{const_cast<char*>(part.data()), part.size()};
-    });
+    return "trunnion: rank " + std::to_string(rank) + ": " + sentence + "\n";
+}
+
+/// Where the stream is silent, and in one piece among what others say.
+void SayAtOnce(const std::string& text)
+{
     // Whoever does not hear it still sees the run end.
-    [[maybe_unused]] const ssize_t written =
-        ::writev(STDERR_FILENO, pieces.data(), static_cast<int>(pieces.size()));
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 
 /// On a rank that does not lead. The leader waits for it: where it cannot go on, none can.
 host::ExitCode Follow(int argc, char** argv, host::Ranks& ranks)
 {
     FallSilent();
+    const std::string noMemory =
+        SentenceOfRank(ranks.Rank(), "there is not enough memory; free some, or start fewer ranks");
     try {
         return RunCommand(argc, argv, ranks);
     } catch (const std::bad_alloc&) {
-        SayAsRank(ranks.Rank(), "there is not enough memory; free some, or start fewer ranks");
+        SayAtOnce(noMemory);
     } catch (const std::exception& error) {
-        SayAsRank(ranks.Rank(), error.what());
+        SayAtOnce(SentenceOfRank(ranks.Rank(), error.what()));
     }
     ranks.Abort(host::kExitBadInput);
     return host::kExitBadInput;

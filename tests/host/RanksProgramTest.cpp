@@ -249,7 +249,7 @@ TEST_F(Ranks, LeaveWhatIsDoneWhenOneOfThemHasTooLittleMemory)
     std::vector<std::string> command = solve;
     command.insert(command.begin(), test::kProgram);
     // 90 MB: to join takes 60 and to build the rows 130.
-    std::vector<std::string> poor{"/bin/sh", "-c", "ulimit -d 90000; exec \"$0\" \"$@\""};
+    std::vector<std::string> poor{"/bin/sh", "-c", R"(ulimit -d 90000; exec "$0" "$@")"};
     poor.insert(poor.end(), command.begin(), command.end());
     std::vector<std::string> launch = test::StartedApart({command, poor}, 2);
     launch.insert(launch.begin(), {"/usr/bin/timeout", "60"}); // else it ends with code 124
