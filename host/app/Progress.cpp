@@ -1,9 +1,13 @@
 #include "app/Progress.h"
 
 #include <iostream>
+#include <string>
 #include <utility>
 
+#include <fcntl.h>
 #include <unistd.h>
+
+#include "ranks/Ranks.h"
 
 namespace host
 {
@@ -13,6 +17,18 @@ namespace
 
 constexpr std::chrono::milliseconds kInterval{100};
 constexpr const char* kClearLine = "\r\x1B[K";
+
+/// A launcher has what its processes say come by pipes, and passes it on to where it speaks itself.
+bool IsLaunchersErrorATerminal()
+{
+    const std::string place = "/proc/" + std::to_string(::getppid()) + "/fd/2";
+    const int descriptor = ::open(place.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
+    const bool isTerminal = descriptor >= 0 && ::isatty(descriptor) == 1;
+    if (descriptor >= 0) {
+        ::close(descriptor);
+    }
+    return isTerminal;
+}
 
 } // namespace
 
@@ -50,7 +66,7 @@ void Progress::Clear()
 
 bool IsErrorATerminal()
 {
-    return ::isatty(STDERR_FILENO) == 1;
+    return ::isatty(STDERR_FILENO) == 1 || (IsOneOfSeveral() && IsLaunchersErrorATerminal());
 }
 
 } // namespace host

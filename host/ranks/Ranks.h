@@ -62,6 +62,10 @@ class SoleRank final : public Ranks
     void Wait() override {}
 };
 
+/// Whether a launcher has started this process as one of several: it then stands between the
+/// process and whoever called it.
+bool IsOneOfSeveral();
+
 /// The ranks that this process was started among; they are still to be joined. Throws InputError
 /// where there are several and this program was built without them.
 std::unique_ptr<Ranks> RanksOfLauncher();

@@ -53,6 +53,11 @@ Place PlaceByLauncher()
 
 } // namespace
 
+bool IsOneOfSeveral()
+{
+    return PlaceByLauncher().size > 1;
+}
+
 std::unique_ptr<Ranks> RanksOfLauncher()
 {
     const Place place = PlaceByLauncher();

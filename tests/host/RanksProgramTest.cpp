@@ -180,6 +180,18 @@ TEST_F(Ranks, EndTogetherWhereTheInputIsWrong)
     EXPECT_FALSE(fs::exists(folder.Path() / "table.csv"));
 }
 
+TEST_F(Ranks, ShowProgressWhereTheLauncherSpeaksToATerminal)
+{
+    const std::vector<std::string> solve =
+        test::Started(2, {"solve", Sample("machines/trunnion-ac.toml"),
+                          Sample("toolpaths/dome-over-the-top.cl"), "-o", "table.csv"});
+    const Outcome onTerminal = Process(solve, folder.Path(), Process::ErrorOutput::Terminal).Wait();
+    EXPECT_EQ(onTerminal.code, 0);
+    EXPECT_NE(onTerminal.err.find("\r\x1B[Ksolving point "), std::string::npos) << onTerminal.err;
+    EXPECT_NE(onTerminal.err.find("\r\x1B[Kwriting point "), std::string::npos) << onTerminal.err;
+    EXPECT_EQ(Process(solve, folder.Path()).Wait().err, "");
+}
+
 TEST_F(Ranks, LeaveOtherCommandsToOneOfThem)
 {
     const std::vector<std::string> pose{"pose", Sample("machines/trunnion-ac.toml"), "A=10"};
