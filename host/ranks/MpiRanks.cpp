@@ -4,6 +4,8 @@
 #include <chrono>
 #include <cstdint>
 #include <iostream>
+#include <limits>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 
@@ -90,6 +92,9 @@ void MpiRanks::Share(void* data, int count)
 
 void MpiRanks::Send(int to, std::string bytes)
 {
+    if (bytes.size() > std::numeric_limits<int>::max()) {
+        throw std::length_error("a block is too much for one message; let one process do the run");
+    }
     Join();
     ForgetWhatHasLeft();
     Sent& message = sent.emplace_back();
