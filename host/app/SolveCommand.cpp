@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <filesystem>
 #include <functional>
-#include <future>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -64,19 +65,16 @@ SolveSources ReadSources(const SolveOptions& options, Ranks& ranks, std::ostream
 {
     const WatchedFile machineFile(options.machine.file);
     const WatchedFile pathFile(options.toolpath.file);
-    const std::launch how = ranks.Size() > 1 ? std::launch::async : std::launch::deferred;
-    auto digesting = std::async(how, [&] {
+    auto digesting = Meanwhile(ranks, [&] {
         return SourceDigests{machineFile.Digest(), pathFile.Digest()};
     });
-    auto reading = std::async(how, [&] {
+    SolveSources sources = ReadWhileJoining(ranks, [&] {
         std::string machineText = ReadMachineText(options.machine.file);
         LoadedMachine machine = AssembleMachine(
             DescriptionFromText(machineText, options.machine.file, options.machine.links));
         Toolpath path = ReadPath(options.toolpath, machine.length, warnings);
         return SolveSources{std::move(machineText), std::move(machine), std::move(path), {}};
     });
-    ranks.Join();
-    SolveSources sources = reading.get();
     sources.digests = digesting.get();
     machineFile.CheckUnchanged();
     pathFile.CheckUnchanged();
