@@ -62,8 +62,7 @@ class CandidateTable
     /// Blocks come in the order of their points.
     void Append(CandidateBlock block);
     const std::vector<CandidateBlock>& Blocks() const { return blocks; }
-    /// The points for which there are blocks.
-    std::size_t FirstPoint() const { return firstPoint; }
+    /// Of the points for which there are blocks.
     std::size_t EndPoint() const;
 
     std::size_t NumAxes() const { return axes.size(); }

@@ -15,8 +15,8 @@ struct RankMessage
     std::string bytes;
 };
 
-/// The processes that share a run's work. Rank 0 leads: it alone reads and writes files and speaks
-/// to the user.
+/// The processes that share a run's work. Rank 0 leads: it alone speaks to the user, and but for
+/// the files of jobs that a rank does as a whole, it alone reads and writes files.
 class Ranks
 {
   public:
