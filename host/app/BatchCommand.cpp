@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <system_error>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "app/BatchRecord.h"

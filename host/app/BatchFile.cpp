@@ -1,7 +1,9 @@
 #include "app/BatchFile.h"
 
 #include <algorithm>
+#include <fstream>
 #include <map>
+#include <string_view>
 #include <utility>
 
 #include "app/Overwriting.h"

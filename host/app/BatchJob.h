@@ -3,6 +3,7 @@
 
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "app/ExitCode.h"
 #include "app/SolveOptions.h"

@@ -1,5 +1,6 @@
 #include "app/BatchRecord.h"
 
+#include <fstream>
 #include <string_view>
 #include <system_error>
 

@@ -1,5 +1,10 @@
 #include "planner/PlanAssistant.h"
 
+#include <cstddef>
+#include <memory>
+#include <utility>
+#include <vector>
+
 #include "planner/BuiltStretch.h"
 #include "planner/CandidateBytes.h"
 

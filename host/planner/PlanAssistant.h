@@ -5,6 +5,7 @@
 #include <memory>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "planner/PathPlan.h"
 #include "planner/PlanQuestions.h"

@@ -1,5 +1,7 @@
 #include "planner/PlanQuestions.h"
 
+#include <utility>
+
 #include "planner/CandidateBytes.h"
 
 namespace host

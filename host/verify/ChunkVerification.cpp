@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <exception>
 #include <string_view>
 #include <utility>
 
 #include "text/Bytes.h"
+#include "text/InputError.h"
 #include "text/Numbers.h"
 #include "toolpath/PathBytes.h"
 

@@ -4,6 +4,8 @@
 #include <map>
 #include <utility>
 
+#include "text/InputError.h"
+
 namespace host
 {
 
