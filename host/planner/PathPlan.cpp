@@ -2,89 +2,19 @@
 
 #include <algorithm>
 #include <iterator>
-#include <map>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "planner/CandidateBytes.h"
-#include "planner/JointSpace.h"
 #include "planner/PlanQuestions.h"
+#include "planner/SharedBuilding.h"
+#include "planner/SharedFollowing.h"
 #include "solve/ToolRoll.h"
 
 namespace host
 {
-
-namespace
-{
-
-constexpr std::size_t kStretchPoints = 128; // so many that asking for them costs little
-
-/// Near which values the axes whose turns do not count will stand, from point to point, told from
-/// the chosen states alone.
-class TurnForecast
-{
-  public:
-    TurnForecast(const Workplace& place, const CandidateTable& ofTable,
-                 const ChosenStates& ofPoints)
-        : axes(place.Axes()), table(ofTable), chosen(ofPoints), near(place.Start())
-    {}
-
-    /// At this point, which is not before the last one asked for.
-    const JointValues& At(std::size_t point)
-    {
-        for (; next <= point; ++next) {
-            if (chosen.HasState(next)) {
-                Take(table.JointsAt(next, static_cast<std::size_t>(chosen.At(next).candidate)));
-            }
-        }
-        return near;
-    }
-    /// From where the axes are found to stand before this point.
-    void StartAgain(const JointValues& joints, std::size_t point)
-    {
-        near = joints;
-        next = point;
-    }
-
-  private:
-    void Take(const double* joints)
-    {
-        for (std::size_t i = 0; i < axes.size(); ++i) {
-            near[i] = axes[i]->isRotary && !CountsTurns(*axes[i])
-                          ? OnNearestTurn(*axes[i], joints[i], near[i])
-                          : joints[i];
-        }
-    }
-
-    const std::vector<const Axis*>& axes;
-    const CandidateTable& table;
-    const ChosenStates& chosen;
-    JointValues near;
-    std::size_t next{0};
-};
-
-/// Hands the motion of a stretch on in its order.
-void TakeStretch(const BuiltStretch& built, const PathPlan::Takers& takers, MotionRow& row)
-{
-    ByteReader rows(built.rows);
-    std::size_t taken = 0;
-    for (std::size_t i = 0; i < built.events.size(); ++i) {
-        for (; taken < built.behindRows[i] && Take(rows, row); ++taken) {
-            takers.row(row);
-        }
-        takers.event(built.events[i]);
-    }
-    while (!rows.IsAtEnd() && Take(rows, row)) {
-        takers.row(row);
-    }
-    if (takers.text) {
-        takers.text(built.text);
-    }
-}
-
-} // namespace
 
 std::vector<const Axis*> PlanRequest::Axes() const
 {
@@ -253,8 +183,11 @@ bool PathPlan::BuildSection(Section& section, const Takers& takers, WorkLeader* 
         values = row.flags.hasFailed ? values : row.joints;
         takers.row(row);
     };
-    return leader == nullptr ? BuildAlone(section, choice, maker, noting)
-                             : BuildShared(section, choice, chosen, maker, *leader, noting);
+    if (leader == nullptr) {
+        return BuildAlone(section, choice, maker, noting);
+    }
+    return SharedBuilding({*section.place, *section.table, chosen, choice, maker, rowText}, noting)
+        .Run(*leader);
 }
 
 bool PathPlan::BuildAlone(const Section& section, const Choice& choice, RowMaker maker,
@@ -285,90 +218,6 @@ bool PathPlan::BuildAlone(const Section& section, const Choice& choice, RowMaker
     return true;
 }
 
-/// Where the motion will stand at the begin of each stretch is foretold. A stretch that was built
-/// from where it does not begin after all, or that could not be foretold, is built when all before
-/// it is.
-bool PathPlan::BuildShared(const Section& section, const Choice& choice, const ChosenStates& chosen,
-                           const RowMaker& maker, WorkLeader& leader, const Takers& takers) const
-{
-    Workplace& place = *section.place;
-    const auto beginOf = [](std::size_t task) { return task * kStretchPoints; };
-    const auto endOf = [&](std::size_t task) {
-        return std::min(beginOf(task + 1), choice.EndPoint());
-    };
-    const auto build = [&](std::size_t task, const MotionStand& start) {
-        return BuildStretch(place, choice, start, beginOf(task), endOf(task), maker, rowText);
-    };
-    const auto isForeseen = [&](std::size_t task) {
-        if (beginOf(task) < kPointsToForetell) {
-            return false;
-        }
-        for (std::size_t i = beginOf(task) - kPointsToForetell; i < endOf(task); ++i) {
-            if (!chosen.HasState(i)) {
-                return false;
-            }
-        }
-        return true;
-    };
-    TurnForecast forecast(place, *section.table, chosen);
-    std::map<std::size_t, JointValues> turns; // before each stretch that is foreseen
-    MotionStand actual = MotionBuilder(place, choice, {}, {}).Stand();
-    std::size_t taken = 0;
-    MotionRow row;
-
-    SharedWork<BuiltStretch> work;
-    work.end = (choice.EndPoint() + kStretchPoints - 1) / kStretchPoints;
-    work.prepare = [&](std::size_t task) {
-        if (isForeseen(task)) {
-            turns.emplace(task, forecast.At(beginOf(task) - kPointsToForetell));
-        }
-    };
-    work.question = [&](std::size_t task) {
-        const auto near = turns.find(task);
-        if (near == turns.end()) {
-            return std::string();
-        }
-        const std::size_t first = beginOf(task) - kPointsToForetell;
-        const auto at = [&](std::size_t point) {
-            return chosen.states.begin() + static_cast<std::ptrdiff_t>(point);
-        };
-        return BytesOf(BuildQuestion{AskedPoints::Of(place.Targets(), first, endOf(task)),
-                                     beginOf(task),
-                                     endOf(task),
-                                     place.Start(),
-                                     near->second,
-                                     section.table->Slice(first, endOf(task)),
-                                     {at(first), at(endOf(task))},
-                                     maker});
-    };
-    work.work = [&](std::size_t task) {
-        const auto near = turns.find(task);
-        return near == turns.end()
-                   ? BuiltStretch{}
-                   : build(task, ForetoldStand(place, choice, near->second, beginOf(task)));
-    };
-    work.unpack = [&](std::size_t /*task*/, std::string_view answer) {
-        BuiltStretch built;
-        ByteReader reader(answer);
-        return Take(reader, built) ? std::move(built) : BuiltStretch{};
-    };
-    work.take = [&](std::size_t task, BuiltStretch built) {
-        if (!AreSame(built.start, actual)) {
-            built = build(task, actual);
-            forecast.StartAgain(built.end.current, endOf(task));
-            for (auto next = turns.upper_bound(task); next != turns.end(); ++next) {
-                next->second = forecast.At(beginOf(next->first) - kPointsToForetell);
-            }
-        }
-        TakeStretch(built, takers, row);
-        actual = std::move(built.end);
-        turns.erase(task);
-        taken = endOf(task);
-    };
-    work.mayGoOn = [&] { return takers.mayGoOn(section.firstPoint + taken); };
-    return leader.Run(work);
-}
-
 bool PathPlan::FindShared(WorkLeader& leader,
                           const std::function<bool(std::size_t appended)>& mayGoOn)
 {
@@ -388,7 +237,7 @@ bool PathPlan::FindShared(WorkLeader& leader,
         } else if (!mayGoOn(appended)) {
             return false;
         } else {
-            Append(FollowShared(*next, leader));
+            Append(FindFollowing(*next, leader));
         }
     }
     return true;
@@ -422,34 +271,10 @@ bool PathPlan::FindFresh(std::size_t end, WorkLeader& leader,
 }
 
 /// Where one block goes on from the other, the ranks follow a solution each.
-CandidateBlock PathPlan::FollowShared(const Block& block, WorkLeader& leader) const
+CandidateBlock PathPlan::FindFollowing(const Block& block, WorkLeader& leader) const
 {
     Workplace& place = *sections[block.section].place;
-    CandidateFinder alone(place);
-    const auto follow = [&](const FollowTask& task) {
-        std::vector<FollowedWay> ways;
-        const auto followHere = [&](std::size_t start) {
-            return alone.FollowOn(task.starts[start], task.from, task.begin, task.end);
-        };
-        SharedWork<FollowedWay> work;
-        work.end = task.starts.size();
-        work.ahead = (work.end + leader.NumRanks() - 1) / leader.NumRanks();
-        work.prepare = [](std::size_t /*start*/) {};
-        work.question = [&](std::size_t start) {
-            return BytesOf(FollowQuestion{AskedPoints::Of(place.Targets(), task.from, task.end),
-                                          {task.from, task.begin, task.end, {task.starts[start]}}});
-        };
-        work.work = followHere;
-        work.unpack = [&](std::size_t start, std::string_view answer) {
-            FollowedWay way;
-            ByteReader reader(answer);
-            return TakeWay(reader, way) ? std::move(way) : followHere(start);
-        };
-        work.take = [&](std::size_t /*start*/, FollowedWay way) { ways.push_back(std::move(way)); };
-        work.mayGoOn = [] { return true; };
-        leader.Run(work);
-        return ways;
-    };
+    const auto follow = [&](const FollowTask& task) { return FollowShared(place, task, leader); };
     return CandidateFinder(place, follow).FindBlock(block.begin, block.end, KnownBefore(block));
 }
 

@@ -4,14 +4,12 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <string_view>
 #include <vector>
 
 #include "machine/LoadedMachine.h"
-#include "planner/BuiltStretch.h"
 #include "planner/Candidates.h"
 #include "planner/Choice.h"
-#include "planner/MotionBuilder.h"
+#include "planner/MotionTakers.h"
 #include "planner/PlanOptions.h"
 #include "planner/RowMaker.h"
 #include "planner/Workplace.h"
@@ -45,15 +43,7 @@ struct PlanRequest
 class PathPlan
 {
   public:
-    /// Looks at every row and event, in the order of the motion; false ends the building.
-    struct Takers
-    {
-        MotionBuilder::RowTaker row;
-        MotionBuilder::EventTaker event;
-        std::function<bool(std::size_t point)> mayGoOn; //!< before each point
-        /// Takes the text of rows in their order, of one or of many.
-        std::function<void(std::string_view text)> text{};
-    };
+    using Takers = MotionTakers;
 
     explicit PathPlan(const PlanRequest& request);
 
@@ -98,7 +88,7 @@ class PathPlan
     };
 
     KnownCandidates KnownBefore(const Block& block) const;
-    CandidateBlock FollowShared(const Block& block, WorkLeader& leader) const;
+    CandidateBlock FindFollowing(const Block& block, WorkLeader& leader) const;
     bool FindFresh(std::size_t end, WorkLeader& leader,
                    const std::function<bool(std::size_t appended)>& mayGoOn);
     void AddSection(const PlanRequest& request, std::size_t begin, std::size_t end);
@@ -107,8 +97,6 @@ class PathPlan
                       std::vector<double>& values);
     bool BuildAlone(const Section& section, const Choice& choice, RowMaker maker,
                     const Takers& takers) const;
-    bool BuildShared(const Section& section, const Choice& choice, const ChosenStates& chosen,
-                     const RowMaker& maker, WorkLeader& leader, const Takers& takers) const;
 
     RowText rowText;
     std::vector<const Axis*> axes;
