@@ -17,6 +17,7 @@
 #include "MillText.h"
 #include "Paths.h"
 #include "Process.h"
+#include "ProgramText.h"
 #include "TempFolder.h"
 #include "text/InputError.h"
 #include "text/ShellWords.h"
@@ -25,8 +26,11 @@ namespace
 {
 
 namespace fs = std::filesystem;
+using test::Contains;
 using test::Outcome;
 using test::Process;
+using test::Sample;
+using test::Untimed;
 
 // With A and C at 0 the tool's end is at (X, Y, Z + 100) of the part; X ends at 300.
 constexpr const char* kPath = "UNITS/MM\n"
@@ -36,21 +40,6 @@ constexpr const char* kPath = "UNITS/MM\n"
                               "GOTO/0,0,100\n"
                               "GOTO/20,0,100\n";
 constexpr const char* kFarPath = "UNITS/MM\nGOTO/0,0,150,0,0,1\nGOTO/5000,0,100\nGOTO/0,0,100\n";
-
-std::string Sample(const std::string& name)
-{
-    return (fs::path(test::kSamples) / name).string();
-}
-
-std::string Untimed(const std::string& text)
-{
-    return std::regex_replace(text, std::regex("[0-9]+\\.[0-9]+ s\n"), "T s\n");
-}
-
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 class BatchProgram : public testing::Test
 {

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <csignal>
 #include <filesystem>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -16,29 +15,18 @@
 #include "Mpirun.h"
 #include "Paths.h"
 #include "Process.h"
+#include "ProgramText.h"
 #include "TempFolder.h"
 
 namespace
 {
 
 namespace fs = std::filesystem;
+using test::Contains;
 using test::Outcome;
 using test::Process;
-
-std::string Sample(const std::string& name)
-{
-    return (fs::path(test::kSamples) / name).string();
-}
-
-std::string Untimed(const std::string& text)
-{
-    return std::regex_replace(text, std::regex("[0-9]+\\.[0-9]+ s\n"), "T s\n");
-}
-
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
+using test::Sample;
+using test::Untimed;
 
 /// Where the ranks leave by themselves, the launcher need not wait before it kills them.
 constexpr int kImpatient = 0;

@@ -17,6 +17,7 @@
 #include "MillText.h"
 #include "Paths.h"
 #include "Process.h"
+#include "ProgramText.h"
 #include "TempFolder.h"
 #include "text/Numbers.h"
 
@@ -24,6 +25,7 @@ namespace
 {
 
 namespace fs = std::filesystem;
+using test::Contains;
 using test::ContentOf;
 using test::Outcome;
 using test::Process;
@@ -35,11 +37,6 @@ constexpr const char* kShortPath = "UNITS/MM\n"
                                    "GOTO/0,0,0\n"
                                    "GOTO/10,0,0\n"
                                    "FINI\n";
-
-bool Contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
 
 std::string FirstLine(const std::string& text)
 {

@@ -15,6 +15,7 @@
 #include "Mpirun.h"
 #include "Paths.h"
 #include "Process.h"
+#include "ProgramText.h"
 #include "TempFolder.h"
 #include "toolpath/Toolpath.h"
 
@@ -24,11 +25,7 @@ namespace
 namespace fs = std::filesystem;
 using test::Outcome;
 using test::Process;
-
-std::string Sample(const std::string& name)
-{
-    return (fs::path(test::kSamples) / name).string();
-}
+using test::Sample;
 
 class Ranks : public testing::Test
 {
@@ -55,6 +52,16 @@ class Ranks : public testing::Test
     static std::string Untimed(const std::string& report)
     {
         return report.substr(0, report.find("\ntime"));
+    }
+    /// To the table that a run without interruption writes.
+    void ExpectToGoOn(const std::vector<std::string>& solve)
+    {
+        std::vector<std::string> resume = solve;
+        resume.emplace_back("--resume");
+        ASSERT_EQ(Run(2, resume).code, 0);
+        const std::string resumed = Content("table.csv");
+        ASSERT_EQ(Run(0, solve).code, 0);
+        EXPECT_EQ(resumed, Content("table.csv"));
     }
     std::string Content(const std::string& name) const
     {
@@ -231,12 +238,7 @@ TEST_F(Ranks, LeaveWhatIsDoneWhenOneOfThemDies)
     EXPECT_NE(ended.err.find("interrupted after "), std::string::npos) << ended.err;
     EXPECT_FALSE(fs::exists(folder.Path() / "table.csv"));
 
-    std::vector<std::string> resume = solve;
-    resume.emplace_back("--resume");
-    ASSERT_EQ(Run(2, resume).code, 0);
-    const std::string resumed = Content("table.csv");
-    ASSERT_EQ(Run(0, solve).code, 0);
-    EXPECT_EQ(resumed, Content("table.csv"));
+    ExpectToGoOn(solve);
 }
 
 TEST_F(Ranks, LeaveWhatIsDoneWhenOneOfThemHasTooLittleMemory)
@@ -276,12 +278,7 @@ TEST_F(Ranks, LeaveWhatIsDoneWhenOneOfThemHasTooLittleMemory)
     EXPECT_EQ(folder.Names(),
               (std::vector<std::string>{"table.csv.partial", "table.csv.resume", "wide.cl"}));
 
-    std::vector<std::string> resume = solve;
-    resume.emplace_back("--resume");
-    ASSERT_EQ(Run(2, resume).code, 0);
-    const std::string resumed = Content("table.csv");
-    ASSERT_EQ(Run(0, solve).code, 0);
-    EXPECT_EQ(resumed, Content("table.csv"));
+    ExpectToGoOn(solve);
 }
 
 class RanksMemory : public Ranks
