@@ -69,6 +69,9 @@ BuiltStretch BuildStretch(Workplace& place, const ChosenMotion& motion, const Mo
     BuiltStretch built;
     built.start = start;
     ByteWriter rows;
+    constexpr std::size_t kUsualRow = 192; // bytes, as such and as text
+    rows.Reserve((end - begin) * kUsualRow);
+    built.text.reserve((end - begin) * kUsualRow);
     std::size_t count = 0;
     const auto takeRow = [&](const MotionRow& row) {
         const MotionRow& made = maker.Made(row);
@@ -123,6 +126,8 @@ bool Take(ByteReader& bytes, MotionRow& row)
 
 void Put(ByteWriter& bytes, const BuiltStretch& built)
 {
+    constexpr std::size_t kUsualRest = 1024;
+    bytes.Reserve(built.rows.size() + built.text.size() + kUsualRest);
     Put(bytes, built.start);
     Put(bytes, built.end);
     bytes.PutText(built.rows);

@@ -1,6 +1,7 @@
 #ifndef TRUNNION_HOST_TEXT_BYTES_H
 #define TRUNNION_HOST_TEXT_BYTES_H
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -16,6 +17,9 @@ namespace host
 class ByteWriter
 {
   public:
+    /// Makes room for so many bytes more, which are then put without moving the others.
+    void Reserve(std::size_t more) { bytes.reserve(bytes.size() + more); }
+
     const std::string& Bytes() const { return bytes; }
     std::string Take() { return std::move(bytes); }
 
